@@ -1,0 +1,416 @@
+/*
+ * zavo.h - the exported interface of the Zavo imaging kernel (zavo.dll), for C11 and C++17 or later.
+ *
+ * Pixels in memory
+ *
+ *   A bitmap is a sequence of Height stored rows of BytesPerLine bytes each. Every row is padded to a multiple of
+ *   4 bytes. ViewPerspective says how the stored rows lie in the picture a user sees; unless a function says
+ *   otherwise, rows and columns are those of the stored image and row 0 is the first stored row.
+ *
+ *   1 to 8 bits  palette indexes, packed most significant bit first. Pixels run on across byte boundaries without
+ *                padding, so a pixel of 3, 5, 6 or 7 bits may lie in two bytes.
+ *   16 bits      5-5-5 in a little-endian word. Colour order 1 has red in bits 10-14, green in 5-9, blue in 0-4;
+ *                colour order 0 has red and blue exchanged. Bit 15 is the alpha bit.
+ *   24 bits      three bytes: blue, green, red for colour order 1, red, green, blue for colour order 0.
+ *   32 bits      as 24 bits, and a fourth byte of alpha.
+ *
+ * Palettes are arrays of RGBQUAD (blue, green, red, reserved). A colour value is a COLORREF, 0x00BBGGRR; where the
+ * text says so, a top byte of 1 marks the low bits as a palette index instead.
+ *
+ * Results
+ *
+ *   Unless a function says otherwise it returns KSUCCESS (1) or one of the negative KERR_ codes. An operation that
+ *   was stopped by the status callback returns what the callback returned. After a failure the caller's bitmap is
+ *   as it was, unless the function says otherwise.
+ *
+ * Threads
+ *
+ *   Every setting (defaults, callback, I/O functions, painting options) belongs to the calling thread. Different
+ *   bitmaps can be worked on by different threads at once; one bitmap must not.
+ */
+#ifndef ZAVO_H
+#define ZAVO_H
+
+#include <windows.h>
+
+#ifdef ZAVO_BUILDING_DLL
+#define ZAVO_API
+#else
+#define ZAVO_API __declspec(dllimport)
+#endif
+
+/** The calling convention of every exported function and of every function a caller hands to the library. */
+#define ZAVO_CALL __stdcall
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Status codes
+ * --------------------------------------------------------------------------------------------------------- */
+
+enum {
+  KSUCCESS = 1,             /**< Success. */
+  KERR_NO_MEMORY = -1,      /**< Memory, a section, a file or another resource could not be had. */
+  KERR_BAD_BITMAP = -2,     /**< The bitmap is null or has no pixel storage. */
+  KERR_SEEK = -4,           /**< A seek in a file did not reach its position. */
+  KERR_WRITE = -5,          /**< A write to a file failed. */
+  KERR_READ = -7,           /**< A read from a file failed. */
+  KERR_EMPTY = -11,         /**< The bitmap to be allocated has no pixels; the pixel lies outside the region. */
+  KERR_BAD_PARAMETER = -13, /**< An argument is null or out of range. */
+  KERR_BAD_DIB = -16,       /**< A device-independent bitmap of a format the library does not take. */
+  KERR_BAD_BPP = -27        /**< Bits per pixel are not one of 1 to 8, 16, 24, 32. */
+};
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Records and constants
+ * --------------------------------------------------------------------------------------------------------- */
+
+/** Bits of BitmapHandle::Flags. */
+enum {
+  BMF_ALLOCATED = 0x001,            /**< The handle owns pixel storage. */
+  BMF_MEMORY = 0x002,               /**< The pixels are in memory. */
+  BMF_DISK = 0x004,                 /**< The pixels are in a temporary file. */
+  BMF_LOCKED = 0x010,               /**< Moveable global memory is locked and Data holds its address. */
+  BMF_PLAYBACK_WAITUSER = 0x040,    /**< Animation: wait for the user after this frame. */
+  BMF_PLAYBACK_TRANSPARENT = 0x080, /**< Animation: PlaybackTransparentColor is in force. */
+  BMF_RUNLENGTH = 0x100             /**< Run-length rows (1-bit images). */
+};
+
+/** Memory types of Zv_AllocateBitmap and Zv_CreateBitmap. */
+enum {
+  ALLOC_MEMORY = 1,        /**< Memory; on a legacy host a temporary file when global memory runs out. */
+  ALLOC_DISK = 128,        /**< A temporary file on a legacy host, memory elsewhere. */
+  ALLOC_MEMORY_ONLY = 256, /**< Memory, never a file. */
+  ALLOC_RUNLENGTH = 0x200  /**< Added to one of the above: run-length rows for a 1-bit image, ignored otherwise. */
+};
+
+/** Values of BitmapHandle::ViewPerspective. Every value other than 2, 4 and 8 means upright. */
+enum {
+  VIEW_UPRIGHT = 1,   /**< The first stored row is the top row. */
+  VIEW_BOTTOM_UP = 2, /**< The first stored row is the bottom row; what Zv_InitBitmap gives. */
+  VIEW_TURNED_90 = 4, /**< The stored image is the picture turned by 90 degrees. */
+  VIEW_TURNED_270 = 8 /**< The stored image is the picture turned by 270 degrees. */
+};
+
+/** Values of BitmapHandle::ColorOrder. */
+enum {
+  ORDER_RED_FIRST = 0, /**< Red, green, blue. */
+  ORDER_BLUE_FIRST = 1 /**< Blue, green, red: the order of device-independent bitmaps. */
+};
+
+struct BitmapRegion;
+
+/**
+ * One image. The caller owns the record (26 words of 32 bits) and may copy it word for word; the library owns what
+ * it points to and frees that in Zv_FreeBitmap. Copies made by assignment share storage, palette and region.
+ */
+typedef struct BitmapHandle {
+  HANDLE StorageHandle;              /**< Global memory, section or file; not used by run-length storage. */
+  unsigned char* Data;               /**< Address of the pixels, path of the temporary file, or the row table. */
+  int Width;                         /**< Pixels in a row. */
+  int Height;                        /**< Number of rows. */
+  int BitsPerPixel;                  /**< 1 to 8, 16, 24 or 32. */
+  unsigned BytesPerLine;             /**< Bytes of a stored row, a multiple of 4. */
+  unsigned CachedRowOffset;          /**< Byte offset of the row addressed last. */
+  int CachedRow;                     /**< Index of the row addressed last. */
+  unsigned Flags;                    /**< BMF_ bits. */
+  unsigned ColorCount;               /**< Palette entries: 1 << BitsPerPixel up to 8 bits, 0 above. */
+  HPALETTE Palette;                  /**< The palette of an image of up to 8 bits, or null. */
+  int ViewPerspective;               /**< VIEW_ value: where the first stored row lies in the picture. */
+  int ColorOrder;                    /**< ORDER_ value of 16-, 24- and 32-bit pixels; 0 for palette images. */
+  unsigned DataSize;                 /**< Height * BytesPerLine; for run-length storage the size of its heap. */
+  void* DitherState;                 /**< State of an open dither run, or null. */
+  int DitheringMethod;               /**< Method, 0 to 8, used when colours must be reduced. */
+  unsigned Reserved1;                /**< Copied with the handle, otherwise the caller's. */
+  struct BitmapRegion* Region;       /**< The bitmap's region, or null. */
+  int XResolution;                   /**< Dots per inch along a row. */
+  int YResolution;                   /**< Dots per inch across rows. */
+  int PlaybackLeft;                  /**< Animation: x of the frame on the target. */
+  int PlaybackTop;                   /**< Animation: y of the frame on the target. */
+  unsigned PlaybackDelay;            /**< Animation: milliseconds to show the frame. */
+  COLORREF PlaybackBackground;       /**< Animation: background colour. */
+  COLORREF PlaybackTransparentColor; /**< Animation: the colour that is not drawn. */
+  unsigned PlaybackDisposal;         /**< Animation: 2 restores the background, 3 what was under the frame. */
+} BitmapHandle;
+
+/**
+ * Progress of a long operation: `percent` is 0 to 100. A return of 1 lets the operation go on; any other value stops
+ * it, and the operation returns that value to its caller.
+ */
+typedef int(ZAVO_CALL* StatusCallback)(int percent);
+
+/** What Zv_VersionInfo fills in: 104 bytes. */
+typedef struct VersionRecord {
+  char Product[60];   /**< Name of the product, ANSI, padded with zeros. */
+  unsigned Reserved;  /**< 0. */
+  int Major;          /**< Major version. */
+  int Minor;          /**< Minor version. */
+  char BuildDate[16]; /**< Date of the build, padded with zeros. */
+  char BuildTime[16]; /**< Time of the build, padded with zeros. */
+} VersionRecord;
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Bitmap handles and settings
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Describes an image without allocating anything: zeroes the record and fills in sizes, defaults and the bottom-up
+ * perspective. Width and height are not checked here; Zv_AllocateBitmap refuses what cannot be stored.
+ * @param bitmap        the record to fill
+ * @param width         pixels in a row
+ * @param height        number of rows
+ * @param bitsPerPixel  1 to 8, 16, 24 or 32
+ * @return KSUCCESS; KERR_BAD_BITMAP for null; KERR_BAD_BPP for another depth, the record then all zero
+ */
+ZAVO_API int ZAVO_CALL Zv_InitBitmap(BitmapHandle* bitmap, int width, int height, int bitsPerPixel);
+
+/**
+ * Initialises a bitmap, allocates its storage and gives it a palette.
+ * @param bitmap           the record to fill
+ * @param memoryType       an ALLOC_ value
+ * @param width            pixels in a row, at least 1
+ * @param height           number of rows, at least 1
+ * @param bitsPerPixel     1 to 8, 16, 24, 32; 0 makes an 8-bit image with a grey palette, whatever `palette` holds
+ * @param colorOrder       ORDER_ value, taken for 16 bits and up, ignored below
+ * @param palette          1 << bitsPerPixel entries, or null for the fixed palette of the depth
+ * @param viewPerspective  VIEW_ value, not checked
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null bitmap; KERR_BAD_BPP; or the code of Zv_AllocateBitmap, the record
+ *         then initialised without storage
+ */
+ZAVO_API int ZAVO_CALL Zv_CreateBitmap(BitmapHandle* bitmap, int memoryType, int width, int height, int bitsPerPixel,
+                                       int colorOrder, const RGBQUAD* palette, int viewPerspective);
+
+/**
+ * Releases region, palette and pixel storage. The record can be allocated again afterwards. Works on an unallocated
+ * bitmap too (palette and region are still deleted); null is ignored. An open dither run is not closed.
+ */
+ZAVO_API void ZAVO_CALL Zv_FreeBitmap(BitmapHandle* bitmap);
+
+/**
+ * Releases the pixel storage of an allocated bitmap, with or without what is attached to it.
+ * @param bitmap           the bitmap; nothing happens when it has no storage
+ * @param withAttachments  0: palette and region are only taken out of the record and stay the caller's; else they are
+ *                         deleted as in Zv_FreeBitmap
+ * @return KSUCCESS
+ */
+ZAVO_API int ZAVO_CALL Zv_FreeImage(BitmapHandle* bitmap, int withAttachments);
+
+/**
+ * Sets the resolution that new bitmaps of this thread get, in dots per inch (150 at first). Any value is taken; below
+ * 1, new bitmaps get 150.
+ * @return the previous value
+ */
+ZAVO_API int ZAVO_CALL Zv_SetDefaultXResolution(int dpi);
+/** As Zv_SetDefaultXResolution, across rows. */
+ZAVO_API int ZAVO_CALL Zv_SetDefaultYResolution(int dpi);
+/** @return the thread's default resolution along rows, as it was set */
+ZAVO_API int ZAVO_CALL Zv_GetDefaultXResolution(void);
+/** @return the thread's default resolution across rows, as it was set */
+ZAVO_API int ZAVO_CALL Zv_GetDefaultYResolution(void);
+
+/**
+ * Sets the dithering method that new bitmaps of this thread get (7 at first).
+ * @param method  0 none, 1 to 6 error diffusion, 7 and 8 ordered
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a method above 8
+ */
+ZAVO_API int ZAVO_CALL Zv_DefaultDithering(unsigned method);
+
+/**
+ * Sets the function that long operations of this thread report their progress to; null for none.
+ * @return the previous function
+ */
+ZAVO_API StatusCallback ZAVO_CALL Zv_SetStatusCallBack(StatusCallback callback);
+/** @return the thread's progress function, or null */
+ZAVO_API StatusCallback ZAVO_CALL Zv_GetStatusCallBack(void);
+
+/** Fills in the version record. @return KSUCCESS; KERR_BAD_PARAMETER for null */
+ZAVO_API int ZAVO_CALL Zv_VersionInfo(VersionRecord* record);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Bitmap storage
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Gives an initialised bitmap its pixel storage. Pixels start as zero except in global memory (legacy hosts).
+ * Storage the handle already has is not looked at and is lost.
+ * @param bitmap      a record filled by Zv_InitBitmap
+ * @param memoryType  an ALLOC_ value, with or without ALLOC_RUNLENGTH
+ * @return KSUCCESS; KERR_BAD_BITMAP for null; KERR_EMPTY for a bitmap without pixels; KERR_BAD_PARAMETER for another
+ *         memory type; KERR_NO_MEMORY when storage cannot be had, a side is negative or the size does not fit in
+ *         32 bits; KERR_WRITE when a temporary file's space cannot be claimed. On failure nothing is left behind.
+ */
+ZAVO_API int ZAVO_CALL Zv_AllocateBitmap(BitmapHandle* bitmap, int memoryType);
+
+/** Makes the pixels addressable: Data is valid until Zv_ReleaseBitmap. Does not nest; null is ignored. */
+ZAVO_API void ZAVO_CALL Zv_AccessBitmap(BitmapHandle* bitmap);
+/** Ends what Zv_AccessBitmap began. */
+ZAVO_API void ZAVO_CALL Zv_ReleaseBitmap(BitmapHandle* bitmap);
+
+/**
+ * Makes the pixels addressable, nesting: pass the result to Zv_UnlockBitmap.
+ * @return 1 when the storage was locked already, else 0
+ */
+ZAVO_API int ZAVO_CALL Zv_LockBitmap(BitmapHandle* bitmap);
+/** Ends what Zv_LockBitmap began; releases the storage only when `wasLocked` is 0. */
+ZAVO_API void ZAVO_CALL Zv_UnlockBitmap(BitmapHandle* bitmap, int wasLocked);
+
+/**
+ * Cuts rows off the end of the stored image, or adds rows of zeros to it.
+ * @param bitmap     an allocated bitmap that is not locked
+ * @param newHeight  the new number of rows, at least 1
+ * @return KSUCCESS; KERR_BAD_BITMAP; KERR_BAD_PARAMETER for a locked bitmap; KERR_NO_MEMORY when storage cannot be
+ *         had, the height is below 1 or the size does not fit in 32 bits. The bitmap is unchanged on failure, except
+ *         that a shrinking run-length bitmap whose row table cannot be resized has its new height all the same.
+ */
+ZAVO_API int ZAVO_CALL Zv_ChangeBitmapHeight(BitmapHandle* bitmap, int newHeight);
+
+/**
+ * Gives the unused end of a run-length bitmap's heap back to the system; DataSize becomes the heap's size.
+ * @return 1 when the heap was shrunk; 0 when there was nothing to give back or shrinking failed; KERR_BAD_PARAMETER
+ *         for a bitmap that is null, unallocated or not of run-length storage
+ */
+ZAVO_API int ZAVO_CALL Zv_TrimBitmapHeap(BitmapHandle* bitmap);
+
+/**
+ * Enlarges a run-length bitmap's heap so that `bytes` more bytes fit; DataSize becomes the heap's size.
+ * @return 1; 0 when the heap could not be enlarged; KERR_BAD_PARAMETER as for Zv_TrimBitmapHeap
+ */
+ZAVO_API int ZAVO_CALL Zv_GrowBitmapHeap(BitmapHandle* bitmap, unsigned bytes);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Rows
+ *
+ * The bitmap must be locked or accessed (Zv_LockBitmap, Zv_AccessBitmap). For speed, these functions check neither
+ * the storage flag nor the row, column and byte count against the bitmap: that is the caller's duty. Columns of
+ * depths below 8 are rounded down to the byte that holds them; on run-length storage to a multiple of 8.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Copies the first bytes of a stored row. A count beyond the row goes on in the rows that follow; on run-length
+ * storage it repeats the same row.
+ * @param bitmap  the bitmap
+ * @param buffer  receives `bytes` bytes
+ * @param row     stored row, 0 to Height - 1
+ * @param bytes   byte count
+ * @return the bytes copied (fewer at the end of a temporary file); KERR_BAD_BITMAP for null; KERR_NO_MEMORY for a
+ *         bitmap without storage; KERR_SEEK, KERR_READ from a temporary file
+ */
+ZAVO_API int ZAVO_CALL Zv_GetBitmapRow(BitmapHandle* bitmap, unsigned char* buffer, unsigned row, unsigned bytes);
+
+/**
+ * As Zv_GetBitmapRow, from the byte that holds pixel `column`.
+ * @return as Zv_GetBitmapRow; KERR_BAD_PARAMETER for a column at or beyond Width on run-length storage
+ */
+ZAVO_API int ZAVO_CALL Zv_GetBitmapRowCol(BitmapHandle* bitmap, unsigned char* buffer, unsigned row, unsigned column,
+                                          unsigned bytes);
+
+/**
+ * Writes the first bytes of a stored row. A count beyond the row goes on in the rows that follow. A failed write may
+ * leave part of the data written.
+ * @param bitmap  the bitmap
+ * @param buffer  `bytes` bytes
+ * @param row     stored row, 0 to Height - 1
+ * @param bytes   byte count
+ * @return the bytes written; KERR_BAD_BITMAP for null; KERR_NO_MEMORY for a bitmap without storage or when a run heap
+ *         cannot hold the row; KERR_SEEK, KERR_WRITE from a temporary file
+ */
+ZAVO_API int ZAVO_CALL Zv_PutBitmapRow(BitmapHandle* bitmap, const unsigned char* buffer, unsigned row, unsigned bytes);
+
+/**
+ * As Zv_PutBitmapRow, from the byte that holds pixel `column`.
+ * @return as Zv_PutBitmapRow; KERR_BAD_PARAMETER for a column at or beyond Width on run-length storage
+ */
+ZAVO_API int ZAVO_CALL Zv_PutBitmapRowCol(BitmapHandle* bitmap, const unsigned char* buffer, unsigned row,
+                                          unsigned column, unsigned bytes);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Operating-system services and redirected I/O
+ * --------------------------------------------------------------------------------------------------------- */
+
+/** Opens a file: name, open flags, permission flags (as Zv_OsOpen). Returns a file handle or -1. */
+typedef int(ZAVO_CALL* IoOpenFunction)(const char* name, int openFlags, int permissionFlags);
+/** Reads `count` bytes. Returns the bytes read or -1. */
+typedef int(ZAVO_CALL* IoReadFunction)(int file, void* buffer, unsigned count);
+/** Writes `count` bytes. Returns the bytes written or -1. */
+typedef int(ZAVO_CALL* IoWriteFunction)(int file, const void* buffer, unsigned count);
+/** Moves the file position; origin 0 start, 1 current position, else end. Returns the new one or 0xFFFFFFFF. */
+typedef unsigned(ZAVO_CALL* IoSeekFunction)(int file, int offset, int origin);
+/** Closes a file. Returns 0 or -1. */
+typedef int(ZAVO_CALL* IoCloseFunction)(int file);
+
+/**
+ * Allocates a block of shareable global memory that stays locked for its whole life.
+ * @param size  bytes
+ * @param zero  not 0: the block starts as zeros
+ * @return its address, or null; free it with Zv_OsFree
+ */
+ZAVO_API void* ZAVO_CALL Zv_OsAllocInit(unsigned size, int zero);
+/** As Zv_OsAllocInit without zeroing. */
+ZAVO_API void* ZAVO_CALL Zv_OsAlloc(unsigned size);
+/**
+ * Resizes a block, which may move.
+ * @return the new address; null when it could not be resized, the old block then still existing
+ */
+ZAVO_API void* ZAVO_CALL Zv_OsReAlloc(void* address, unsigned size);
+/** Frees a block; null is ignored. @return 0 */
+ZAVO_API int ZAVO_CALL Zv_OsFree(void* address);
+
+/**
+ * Creates or empties a file, shared for reading and writing.
+ * @param attributes  bit 0 makes a read-only file, opened for reading; bits 1 and 2 are hidden and system
+ * @return a file handle, or -1
+ */
+ZAVO_API int ZAVO_CALL Zv_OsCreat(const char* name, int attributes);
+/**
+ * Opens a file.
+ * @param openFlags        bits 0-1: 0 read, 1 write, 2 or 3 both; 0x100 creates or empties, else 0x200 empties
+ * @param permissionFlags  0x80 | 0x100 shares for reading and writing, 0x100 for reading, others not at all
+ * @return a file handle, or -1
+ */
+ZAVO_API int ZAVO_CALL Zv_OsOpen(const char* name, int openFlags, int permissionFlags);
+/** Reads from a file. @return bytes read, or -1 */
+ZAVO_API int ZAVO_CALL Zv_OsRead(int file, void* buffer, unsigned count);
+/** Writes to a file. @return bytes written, or -1 */
+ZAVO_API int ZAVO_CALL Zv_OsWrite(int file, const void* buffer, unsigned count);
+/** Moves the file position; origin 0 start, 1 current position, else end. @return the position, or 0xFFFFFFFF */
+ZAVO_API unsigned ZAVO_CALL Zv_OsSeek(int file, int offset, int origin);
+/** Closes a file. @return 0, or -1 */
+ZAVO_API int ZAVO_CALL Zv_OsClose(int file);
+/** Deletes a file. @return 0, or -1 */
+ZAVO_API int ZAVO_CALL Zv_OsDelete(const char* name);
+/** Creates an empty temporary file and puts its path into `buffer`, of at least 260 bytes. @return 0 always */
+ZAVO_API int ZAVO_CALL Zv_OsGetTempName(char* buffer);
+
+/**
+ * Installs the application's own file functions for this thread; a null argument installs the library's own. Only
+ * the Zv_Redirected functions use them: the library's temporary files are never redirected.
+ * @return the address of the thread's settings; of no use to callers
+ */
+ZAVO_API void* ZAVO_CALL Zv_RedirectIO(IoOpenFunction open, IoReadFunction read, IoWriteFunction write,
+                                       IoSeekFunction seek, IoCloseFunction close);
+/**
+ * Reads the thread's file functions and chains filters to them: for each pointer that is not null, the function it
+ * points to is installed, unless that is null, and the function in force before is stored back through the pointer.
+ * @return as Zv_RedirectIO
+ */
+ZAVO_API void* ZAVO_CALL Zv_FilterIO(IoOpenFunction* open, IoReadFunction* read, IoWriteFunction* write,
+                                     IoSeekFunction* seek, IoCloseFunction* close);
+
+/** Calls the thread's open function. */
+ZAVO_API int ZAVO_CALL Zv_RedirectedOpen(const char* name, int openFlags, int permissionFlags);
+/** Calls the thread's read function. */
+ZAVO_API int ZAVO_CALL Zv_RedirectedRead(int file, void* buffer, unsigned count);
+/** Calls the thread's write function. */
+ZAVO_API int ZAVO_CALL Zv_RedirectedWrite(int file, const void* buffer, unsigned count);
+/** Calls the thread's seek function. */
+ZAVO_API unsigned ZAVO_CALL Zv_RedirectedSeek(int file, int offset, int origin);
+/** Calls the thread's close function. */
+ZAVO_API int ZAVO_CALL Zv_RedirectedClose(int file);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

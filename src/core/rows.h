@@ -1,0 +1,87 @@
+// Rows of a bitmap, whatever its storage. Inner code asks RowReader or RowWriter for a row and works on it where it
+// lies; the exported row functions copy.
+#pragma once
+
+#include <zavo.h>
+
+#include <cstdint>
+
+#include "core/memory.h"
+#include "core/status.h"
+
+namespace zavo {
+
+// The bitmap's rows lie one after another at Data (which must be locked): a mapped section or global memory.
+[[nodiscard]] inline bool hasDirectRows(const BitmapHandle& bitmap) {
+  return (bitmap.Flags & (BMF_MEMORY | BMF_RUNLENGTH)) == BMF_MEMORY;
+}
+
+// Address of a stored row; only for bitmaps with direct rows.
+[[nodiscard]] inline uint8_t* directRow(const BitmapHandle& bitmap, unsigned row) {
+  return bitmap.Data + size_t{row} * bitmap.BytesPerLine;
+}
+
+// Reads whole stored rows. The bitmap must be locked and must outlive the reader.
+class RowReader {
+ public:
+  explicit RowReader(BitmapHandle& bitmap) : bitmap_(bitmap), direct_(hasDirectRows(bitmap)) {}
+
+  // Takes a row buffer where the storage needs one. KSUCCESS or KERR_NO_MEMORY.
+  [[nodiscard]] int open();
+
+  // BytesPerLine bytes of a stored row, valid until the next call; null when it could not be read, see status().
+  [[nodiscard]] const uint8_t* row(unsigned index) {
+    if (direct_) return directRow(bitmap_, index);
+    return fetch(index);
+  }
+
+  // The code of the last failed row.
+  [[nodiscard]] int status() const { return status_; }
+
+ private:
+  const uint8_t* fetch(unsigned index);
+
+  BitmapHandle& bitmap_;
+  bool direct_;
+  int status_ = KSUCCESS;
+  OsBlock<uint8_t> buffer_;
+};
+
+// Writes whole stored rows. The bitmap must be locked and must outlive the writer. Ask for a row, fill all of its
+// BytesPerLine bytes (or change what edit() gives), then commit it before asking for the next.
+class RowWriter {
+ public:
+  explicit RowWriter(BitmapHandle& bitmap) : bitmap_(bitmap), direct_(hasDirectRows(bitmap)) {}
+
+  // Takes a row buffer where the storage needs one. KSUCCESS or KERR_NO_MEMORY.
+  [[nodiscard]] int open();
+
+  // Where to write a stored row; what it holds is undefined.
+  [[nodiscard]] uint8_t* row(unsigned index) { return direct_ ? directRow(bitmap_, index) : buffer_.get(); }
+
+  // A stored row with its content, to be changed; null when it could not be read, see status().
+  [[nodiscard]] uint8_t* edit(unsigned index);
+
+  // Stores the row. KSUCCESS or the code of the failed write.
+  [[nodiscard]] int commit(unsigned index) { return direct_ ? KSUCCESS : store(index); }
+
+  // The code of the last failed edit().
+  [[nodiscard]] int status() const { return status_; }
+
+ private:
+  int store(unsigned index);
+
+  BitmapHandle& bitmap_;
+  bool direct_;
+  int status_ = KSUCCESS;
+  OsBlock<uint8_t> buffer_;
+};
+
+// Byte offset of a stored row, kept in the handle so that walking rows in order costs an addition a row.
+unsigned locateRow(BitmapHandle& bitmap, unsigned row);
+
+// The exported row functions, on checked handles. Results are byte counts or negative codes.
+int readRow(BitmapHandle& bitmap, uint8_t* buffer, unsigned row, unsigned column, unsigned bytes);
+int writeRow(BitmapHandle& bitmap, const uint8_t* buffer, unsigned row, unsigned column, unsigned bytes);
+
+}  // namespace zavo
