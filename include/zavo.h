@@ -409,6 +409,139 @@ ZAVO_API unsigned ZAVO_CALL Zv_RedirectedSeek(int file, int offset, int origin);
 /** Calls the thread's close function. */
 ZAVO_API int ZAVO_CALL Zv_RedirectedClose(int file);
 
+/* ------------------------------------------------------------------------------------------------------------
+ * Palettes
+ *
+ * Colours pass as palette arrays (RGBQUAD: blue, green, red, reserved). The reserved byte travels as the flags of a
+ * palette object's entry. Palette objects that a function returns belong to the caller.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Makes a palette object.
+ * @param palette  `count` entries
+ * @param count    1 to 65535
+ * @return the palette, or null when it cannot be made or an argument is out of range
+ */
+ZAVO_API HPALETTE ZAVO_CALL Zv_CreatePalette(const RGBQUAD* palette, unsigned count);
+/** @return the number of entries of a palette object, 0 for null */
+ZAVO_API unsigned ZAVO_CALL Zv_GetPaletteSize(HPALETTE palette);
+/**
+ * Reads entries of a palette object.
+ * @param palette  the palette object
+ * @param first    first entry
+ * @param count    number of entries
+ * @param colors   receives up to `count` entries
+ * @return the number of entries read, fewer at the end of the palette; 0 on failure, `colors` then untouched
+ */
+ZAVO_API unsigned ZAVO_CALL Zv_GetPaletteEntries(HPALETTE palette, unsigned first, unsigned count, RGBQUAD* colors);
+/**
+ * Changes entries of a palette object.
+ * @param palette  the palette object
+ * @param first    first entry
+ * @param count    number of entries
+ * @param colors   `count` entries
+ * @return the number of entries changed, fewer at the end of the palette; 0 on failure
+ */
+ZAVO_API unsigned ZAVO_CALL Zv_SetPaletteEntries(HPALETTE palette, unsigned first, unsigned count,
+                                                 const RGBQUAD* colors);
+/** Makes a palette of the screen's system colours. @return the palette; null when the screen is no palette device */
+ZAVO_API HPALETTE ZAVO_CALL Zv_CreateSystemPalette(void);
+/** @return the library's constant fixed palette of 1 to 8 bits, 1 << bitsPerPixel entries; null for other depths */
+ZAVO_API const RGBQUAD* ZAVO_CALL Zv_IntGetFixedPalette(int bitsPerPixel);
+/**
+ * Copies a fixed palette.
+ * @param palette       receives 1 << bitsPerPixel entries, 256 for 0
+ * @param bitsPerPixel  1 to 8; 0 for 256 greys in rising order
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null array or another depth
+ */
+ZAVO_API int ZAVO_CALL Zv_GetFixedPalette(RGBQUAD* palette, int bitsPerPixel);
+/**
+ * Makes a palette object of a fixed palette.
+ * @param bitsPerPixel  1 to 8; 0 gives black and white like 1
+ * @return the palette; null for another depth or when it cannot be made
+ */
+ZAVO_API HPALETTE ZAVO_CALL Zv_CreateFixedPalette(int bitsPerPixel);
+/**
+ * Gives a bitmap the fixed palette of its ColorCount (2, 4, 8, 16, 32, 64, 128 or 256). A palette that the bitmap
+ * already has is not deleted.
+ * @return 1; 0 for a null bitmap, another count or when the palette cannot be made, the bitmap then unchanged
+ */
+ZAVO_API int ZAVO_CALL Zv_CreateBitmapFixedPalette(BitmapHandle* bitmap);
+/**
+ * Makes a palette of evenly spaced greys, rounded down, from black to white.
+ * @param bitsPerPixel  the palette has 1 << (bitsPerPixel & 31) entries, at most 32768; 0 means 8; a palette of one
+ *                      entry is black
+ * @return the palette; null when it cannot be made
+ */
+ZAVO_API HPALETTE ZAVO_CALL Zv_CreateGrayPalette(int bitsPerPixel);
+/** Copies a palette object. @return the copy; null for a null or empty palette or when it cannot be made */
+ZAVO_API HPALETTE ZAVO_CALL Zv_DupPalette(HPALETTE palette);
+/**
+ * Compares the first entries of a palette object with an array by red, green and blue.
+ * @param palette  the palette object
+ * @param colors   `count` entries
+ * @param count    entries to compare; those beyond the palette's end are not looked at
+ * @return 1 when all agree or the palette has no entries to read; else 0
+ */
+ZAVO_API int ZAVO_CALL Zv_CompareHandleToPalette(HPALETTE palette, const RGBQUAD* colors, unsigned count);
+/**
+ * Tells whether a bitmap's palette is grey. Steps of a ramp are 255 / (ColorCount - 1), rounded down.
+ * @return 0 not grey, more than 8 bits, null, or without a readable palette; 1 an even ramp rising from black; 2 an
+ *         even ramp falling from white; 3 other greys
+ */
+ZAVO_API int ZAVO_CALL Zv_IsGrayScaleBitmap(const BitmapHandle* bitmap);
+/**
+ * Reads colours of a bitmap's palette. The bitmap need not have pixels.
+ * @param bitmap  a bitmap of up to 8 bits
+ * @param first   first entry
+ * @param count   number of entries, at least 1
+ * @param colors  receives `count` entries
+ * @return KSUCCESS; KERR_BAD_BITMAP for null; KERR_BAD_PARAMETER for a null array, a count of 0, more than 8 bits or
+ *         when the palette does not hold all entries, `colors` then untouched
+ */
+ZAVO_API int ZAVO_CALL Zv_GetBitmapColors(const BitmapHandle* bitmap, int first, unsigned count, RGBQUAD* colors);
+/**
+ * Replaces colours of a bitmap's palette. The bitmap gets a new palette object, the old one is deleted.
+ * @param bitmap  an allocated bitmap of up to 8 bits
+ * @param first   first entry
+ * @param count   number of entries; first + count at most ColorCount
+ * @param colors  `count` entries
+ * @return KSUCCESS; KERR_BAD_BITMAP for a null or unallocated bitmap; KERR_BAD_PARAMETER for a null array, entries
+ *         out of range or more than 8 bits; KERR_NO_MEMORY when the new palette cannot be made. On failure the bitmap
+ *         is unchanged.
+ */
+ZAVO_API int ZAVO_CALL Zv_PutBitmapColors(BitmapHandle* bitmap, int first, unsigned count, const RGBQUAD* colors);
+/**
+ * Finds the palette entry nearest to a colour by the sum of squared channel differences. Black prefers entry 0 and
+ * white the last entry when these hold them; among equally near entries a later one wins only when its channels
+ * stand in the same order as the colour's.
+ * @param palette  `count` entries
+ * @param count    number of entries
+ * @param red, green, blue  the colour, 0 to 255 each; higher bits are ignored
+ * @return the index; 0xFFFFFFFF for a null or empty palette
+ */
+ZAVO_API unsigned ZAVO_CALL Zv_FindPaletteIndex(const RGBQUAD* palette, unsigned count, unsigned red, unsigned green,
+                                                unsigned blue);
+/**
+ * Computes a match table: 32768 entries, one for each colour of 5 bits a channel. Entry red5 << 10 | green5 << 5 |
+ * blue5 is the index nearest to 8 * red5, 8 * green5, 8 * blue5, plus 1; 0 stands for no entry.
+ * @param palette  `count` entries; without any, all of the table is 0
+ * @param count    number of entries
+ * @return the table, to be freed with Zv_FreeUserMatchTable; null without memory
+ */
+ZAVO_API unsigned* ZAVO_CALL Zv_CreateUserMatchTable(const RGBQUAD* palette, unsigned count);
+/**
+ * Installs a match table for this thread: colours are then reduced by looking them up in the table instead of
+ * searching the palette. The table stays the caller's and must live until another one is installed.
+ * @param table  the table, or null for none
+ * @return the table in force before
+ */
+ZAVO_API unsigned* ZAVO_CALL Zv_SetUserMatchTable(unsigned* table);
+/** Frees a match table; null is ignored. @return 1 */
+ZAVO_API int ZAVO_CALL Zv_FreeUserMatchTable(unsigned* table);
+/** @return 256 bytes: entry v is the number of 1 bits in the byte v */
+ZAVO_API const unsigned char* ZAVO_CALL Zv_Get1BitOnTable(void);
+
 #ifdef __cplusplus
 }
 #endif

@@ -3,6 +3,7 @@
 
 #include <zavo.h>
 
+#include <array>
 #include <cstdint>
 
 namespace zavo {
@@ -25,10 +26,17 @@ constexpr unsigned matchTableEntries = 32768;
 }
 
 // d * d for d = 0 to 255.
-extern const uint32_t squareTable[256];
+inline constexpr auto squareTable = [] {
+  std::array<uint32_t, 256> squares{};
+  for (uint32_t d = 0; d < 256; ++d) squares[d] = d * d;
+  return squares;
+}();
 
 // The fixed palette of 1 to 8 bits (1 << bits entries); null for another depth.
 [[nodiscard]] const RGBQUAD* fixedPalette(int bitsPerPixel);
+
+// 256 entries: the 6 x 6 x 6 colour cube, index 36 * (red / 51) + 6 * (green / 51) + blue / 51, then black.
+[[nodiscard]] const RGBQUAD* cubePalette();
 
 // Index of the palette entry nearest to a colour of channels 0 to 255; 0xFFFFFFFF for an empty palette. Black and
 // white prefer the ends of the palette; on equal distance a later entry wins only when its channels stand in the
@@ -36,12 +44,21 @@ extern const uint32_t squareTable[256];
 [[nodiscard]] unsigned nearestIndex(const RGBQUAD* palette, unsigned count, unsigned red, unsigned green,
                                     unsigned blue);
 
-// Fills `map` with the destination index of every source index. A null source is a 256-level grey ramp, a null
-// destination a 256-level grey target. True when the map changes nothing.
+// Fills `map` with the destination index of every source index, the rest with 0. A null source is a 256-level grey
+// ramp, a null destination a 256-level grey target. Counts go up to 256. True when the map changes nothing.
 bool buildPaletteMap(uint8_t map[256], const RGBQUAD* source, unsigned sourceCount, const RGBQUAD* destination,
                      unsigned destinationCount);
 
 // Reads up to 256 entries of a bitmap's palette as a palette array; the number read. The rest of `palette` is zeroed.
 unsigned readPalette(const BitmapHandle& bitmap, RGBQUAD palette[256]);
+
+// The number of entries of a palette object, 0 for null.
+[[nodiscard]] unsigned paletteSize(HPALETTE palette);
+
+// Reads entries of a palette object; the number read, fewer than asked for at the palette's end.
+unsigned readEntries(RGBQUAD* colors, HPALETTE palette, unsigned first, unsigned count);
+
+// A new palette object, null on failure; the caller owns it.
+[[nodiscard]] HPALETTE createPalette(const RGBQUAD* colors, unsigned count);
 
 }  // namespace zavo

@@ -63,8 +63,16 @@ int ZAVO_CALL Zv_CreateBitmap(BitmapHandle* bitmap, int memoryType, int width, i
     return status;
   }
   if (const int status = Zv_AllocateBitmap(bitmap, memoryType); status != KSUCCESS) return status;
-  (void)palette;
-  if (bitmap->BitsPerPixel >= 16) bitmap->ColorOrder = colorOrder;
+  // An image whose palette cannot be made goes without one.
+  if (bitmap->BitsPerPixel >= 16) {
+    bitmap->ColorOrder = colorOrder;
+  } else if (gray) {
+    bitmap->Palette = Zv_CreateGrayPalette(8);
+  } else if (palette != nullptr) {
+    bitmap->Palette = Zv_CreatePalette(palette, bitmap->ColorCount);
+  } else {
+    Zv_CreateBitmapFixedPalette(bitmap);
+  }
   bitmap->ViewPerspective = viewPerspective;
   return KSUCCESS;
 }
