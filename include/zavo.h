@@ -326,6 +326,140 @@ ZAVO_API int ZAVO_CALL Zv_PutBitmapRowCol(BitmapHandle* bitmap, const unsigned c
                                           unsigned column, unsigned bytes);
 
 /* ------------------------------------------------------------------------------------------------------------
+ * Copying and bitmap lists
+ *
+ * A function that fills in a `destination` overwrites the record: what it held before is not looked at and not
+ * freed. On failure nothing is left allocated in it.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/** What a duplicate gets of its own; what is not asked for is shared with the source, which stays the owner. */
+enum {
+  DUP_STORAGE = 1, /**< Allocate storage, run-length rows when source and duplicate are 1-bit ones of that kind. */
+  DUP_PALETTE = 2, /**< An own copy of the palette. */
+  DUP_REGION = 4   /**< An own copy of the region. */
+};
+
+/**
+ * Describes a bitmap like `source` under another size and depth: storage kind, perspective, resolution, colour order
+ * and playback parameters carry over; no pixels are copied.
+ * @param destination   the record to fill; not `source` itself
+ * @param source        an allocated bitmap
+ * @param width         pixels in a row of the duplicate
+ * @param height        number of rows of the duplicate
+ * @param bitsPerPixel  depth of the duplicate, 1 to 8, 16, 24 or 32
+ * @param flags         any of the DUP_ bits
+ * @return KSUCCESS; KERR_BAD_BITMAP for a null destination or a source that is null or unallocated;
+ *         KERR_BAD_PARAMETER when both are the same record; KERR_EMPTY when storage was asked for and a side is 0 or
+ *         the depth is not supported (without storage the latter is not noticed, the record then has no size);
+ *         KERR_NO_MEMORY, also for a palette or region that could not be copied, and KERR_WRITE from the
+ *         allocation. On failure the duplicate has no storage, palette or region.
+ */
+ZAVO_API int ZAVO_CALL Zv_DupBitmapNewDim(BitmapHandle* destination, BitmapHandle* source, int width, int height,
+                                          int bitsPerPixel, unsigned flags);
+
+/** Copies the record word for word; storage, palette and region are then shared. Nothing happens for a null. */
+ZAVO_API void ZAVO_CALL Zv_CopyBitmapHandle(BitmapHandle* destination, const BitmapHandle* source);
+
+/**
+ * Copies the pixels between two allocated bitmaps of the same size and depth. Of bitmaps that differ, the rows and
+ * bytes that both have are copied, whatever they mean. Failing reads and writes of temporary files are passed over.
+ * @return KSUCCESS, also for a bitmap and itself; KERR_BAD_BITMAP when either is null or unallocated;
+ *         KERR_NO_MEMORY for want of a work buffer or room in a run heap, the destination then partly written
+ */
+ZAVO_API int ZAVO_CALL Zv_CopyBitmapData(BitmapHandle* destination, BitmapHandle* source);
+
+/**
+ * Makes a full copy that owns its storage, palette and region.
+ * @param destination  the record to fill
+ * @param source       an allocated bitmap
+ * @return KSUCCESS, also for a bitmap and itself; KERR_BAD_PARAMETER for a null destination or a source that is null
+ *         or unallocated; otherwise the code of Zv_DupBitmapNewDim or Zv_CopyBitmapData
+ */
+ZAVO_API int ZAVO_CALL Zv_CopyBitmap(BitmapHandle* destination, BitmapHandle* source);
+
+/**
+ * Copies a rectangle of a bitmap into a bitmap of the rectangle's size, with an own palette and the source's region
+ * moved along and cut to it. Where the rectangle reaches beyond the source the result is zero.
+ * @param destination  the record to fill; null or `source` itself replaces the source
+ * @param source       an allocated bitmap
+ * @param left         first column of the rectangle in the stored image, may be negative
+ * @param top          first row of the rectangle, may be negative
+ * @param width        pixels in a row of the rectangle
+ * @param height       rows of the rectangle
+ * @return KSUCCESS, also for a rectangle that shares no pixel with the source: the destination is then left without
+ *         storage, and a source that was to be replaced as it was; KERR_BAD_PARAMETER for a source that is null or
+ *         unallocated; KERR_EMPTY for a side of 0; KERR_NO_MEMORY, also for a side above the signed range;
+ *         KERR_SEEK, KERR_READ, KERR_WRITE from temporary files. On failure the destination has no storage, and a
+ *         source that was to be replaced is as it was.
+ */
+ZAVO_API int ZAVO_CALL Zv_CopyBitmapRect(BitmapHandle* destination, BitmapHandle* source, int left, int top,
+                                         unsigned width, unsigned height);
+
+/**
+ * Cuts a bitmap down to the part of it that lies in a rectangle.
+ * @return KERR_BAD_PARAMETER for a bitmap that is null or unallocated; KERR_EMPTY when the rectangle shares no pixel
+ *         with the bitmap; otherwise as Zv_CopyBitmapRect in place
+ */
+ZAVO_API int ZAVO_CALL Zv_TrimBitmap(BitmapHandle* bitmap, int left, int top, unsigned width, unsigned height);
+
+/**
+ * An ordered list of bitmaps. The items are handle records: putting a bitmap into a list hands it over to the list,
+ * taking it out hands it back. Every function that takes a list refuses one that is null or freed with
+ * KERR_BAD_PARAMETER.
+ */
+typedef HANDLE BitmapListHandle;
+
+/**
+ * Makes an empty list.
+ * @param list  receives the list, null on failure; the caller frees it with Zv_DestroyBitmapList
+ * @return KSUCCESS; KERR_BAD_PARAMETER for null; KERR_NO_MEMORY
+ */
+ZAVO_API int ZAVO_CALL Zv_CreateBitmapList(BitmapListHandle* list);
+/** Frees a list and every bitmap in it. @return KSUCCESS; KERR_BAD_PARAMETER */
+ZAVO_API int ZAVO_CALL Zv_DestroyBitmapList(BitmapListHandle list);
+
+/**
+ * Puts a bitmap into a list; the items from `index` on move up by one.
+ * @param index  position of the new item; at or beyond the number of items appends
+ * @param item   record to copy, now the list's; null puts in a record of zeros
+ * @return KSUCCESS; KERR_BAD_PARAMETER; KERR_NO_MEMORY, the list then unchanged and the bitmap still the caller's
+ */
+ZAVO_API int ZAVO_CALL Zv_InsertBitmapListItem(BitmapListHandle list, unsigned index, const BitmapHandle* item);
+/**
+ * Takes a bitmap out of a list without freeing it.
+ * @param item  receives the record, which is the caller's again; null loses it
+ * @return KSUCCESS; KERR_BAD_PARAMETER, also for an index at or beyond the number of items
+ */
+ZAVO_API int ZAVO_CALL Zv_RemoveBitmapListItem(BitmapListHandle list, unsigned index, BitmapHandle* item);
+/**
+ * Takes items out of a list and frees them.
+ * @param count  number of items; more than follow `index` means all of these
+ * @return KSUCCESS; KERR_BAD_PARAMETER, also for an index at or beyond the number of items or a count of 0
+ */
+ZAVO_API int ZAVO_CALL Zv_DeleteBitmapListItems(BitmapListHandle list, unsigned index, unsigned count);
+/** Stores the number of items in `count`. @return KSUCCESS; KERR_BAD_PARAMETER, also for a null `count` */
+ZAVO_API int ZAVO_CALL Zv_GetBitmapListCount(BitmapListHandle list, unsigned* count);
+/**
+ * Copies an item's record out; it shares storage, palette and region with the item, which the list still owns.
+ * @return KSUCCESS; KERR_BAD_PARAMETER, also for an index at or beyond the number of items or a null `item`
+ */
+ZAVO_API int ZAVO_CALL Zv_GetBitmapListItem(BitmapListHandle list, unsigned index, BitmapHandle* item);
+/**
+ * Overwrites an item's record, or zeroes it for a null `item`. The bitmap it held is not freed.
+ * @return KSUCCESS; KERR_BAD_PARAMETER, also for an index at or beyond the number of items
+ */
+ZAVO_API int ZAVO_CALL Zv_SetBitmapListItem(BitmapListHandle list, unsigned index, const BitmapHandle* item);
+/**
+ * Makes a new list of full copies (Zv_CopyBitmap) of the items from `index` on.
+ * @param destination  receives the new list; not written on failure
+ * @param count        number of items; more than follow `index` means all of these
+ * @return KSUCCESS; KERR_BAD_PARAMETER, also for an index at or beyond the number of items, a count of 0, a null
+ *         destination or an item without storage; KERR_NO_MEMORY; the code of Zv_CopyBitmap
+ */
+ZAVO_API int ZAVO_CALL Zv_CopyBitmapListItems(BitmapListHandle* destination, BitmapListHandle list, unsigned index,
+                                              unsigned count);
+
+/* ------------------------------------------------------------------------------------------------------------
  * Operating-system services and redirected I/O
  * --------------------------------------------------------------------------------------------------------- */
 
@@ -541,6 +675,31 @@ ZAVO_API unsigned* ZAVO_CALL Zv_SetUserMatchTable(unsigned* table);
 ZAVO_API int ZAVO_CALL Zv_FreeUserMatchTable(unsigned* table);
 /** @return 256 bytes: entry v is the number of 1 bits in the byte v */
 ZAVO_API const unsigned char* ZAVO_CALL Zv_Get1BitOnTable(void);
+ * Colour reduction, translation and colour spaces
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Carries a colour value from one bitmap to another. A palette index of `source` becomes its colour, or, for a
+ * destination of up to 8 bits, the nearest index there (an index that has the same colour in both keeps its number).
+ * A plain colour stays as it is.
+ * @param destination  the bitmap the colour is meant for
+ * @param source       the bitmap the colour comes from
+ * @param color        colour value; a top byte of 1 marks a palette index
+ * @return the colour value for `destination`; `color` itself when a bitmap is null or unallocated or the source's
+ *         palette has no such entry
+ */
+ZAVO_API COLORREF ZAVO_CALL Zv_TranslateBitmapColor(BitmapHandle* destination, BitmapHandle* source, COLORREF color);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Animation playback
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Copies the parameters of an animation frame: the two BMF_PLAYBACK_ flags, position, delay and disposal as they are,
+ * the two colours through Zv_TranslateBitmapColor.
+ * @return KSUCCESS; KERR_BAD_PARAMETER when either is null
+ */
+ZAVO_API int ZAVO_CALL Zv_CopyPlaybackParms(BitmapHandle* destination, BitmapHandle* source);
 
 #ifdef __cplusplus
 }

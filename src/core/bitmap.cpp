@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "core/region_services.h"
 #include "core/settings.h"
 #include "core/sizes.h"
 #include "core/status.h"
@@ -79,6 +80,7 @@ int ZAVO_CALL Zv_CreateBitmap(BitmapHandle* bitmap, int memoryType, int width, i
 
 void ZAVO_CALL Zv_FreeBitmap(BitmapHandle* bitmap) {
   if (bitmap == nullptr) return;
+  freeRegion(*bitmap);
   if (bitmap->Palette != nullptr) {
     DeleteObject(bitmap->Palette);
     bitmap->Palette = nullptr;

@@ -284,13 +284,15 @@ using namespace zavo;
 int ZAVO_CALL Zv_AllocateBitmap(BitmapHandle* bitmap, int memoryType) {
   if (bitmap == nullptr) return KERR_BAD_BITMAP;
   if (bitmap->DataSize == 0) return KERR_EMPTY;
-  if ((memoryType & ALLOC_RUNLENGTH) == 0) {
-    bitmap->Flags &= ~static_cast<unsigned>(BMF_RUNLENGTH);
-  } else if (bitmap->BitsPerPixel != 1) {
-    memoryType &= ~ALLOC_RUNLENGTH;
-  } else {
-    bitmap->Flags |= BMF_RUNLENGTH;
-    memoryType = allocRunLengthRows;
+  // A record described like a run-length bitmap carries the flag before it has storage, perhaps at another depth.
+  bitmap->Flags &= ~static_cast<unsigned>(BMF_RUNLENGTH);
+  if ((memoryType & ALLOC_RUNLENGTH) != 0) {
+    if (bitmap->BitsPerPixel == 1) {
+      bitmap->Flags |= BMF_RUNLENGTH;
+      memoryType = allocRunLengthRows;
+    } else {
+      memoryType &= ~ALLOC_RUNLENGTH;
+    }
   }
   if (memoryType != ALLOC_MEMORY && memoryType != ALLOC_DISK && memoryType != ALLOC_MEMORY_ONLY &&
       memoryType != allocRunLengthRows) {

@@ -1,0 +1,195 @@
+// Copying a rectangle of a bitmap into a bitmap of its own, and trimming a bitmap to a rectangle.
+#include <zavo.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+#include "core/duplicate.h"
+#include "core/owners.h"
+#include "core/region_services.h"
+#include "core/rows.h"
+#include "core/sizes.h"
+#include "core/status.h"
+#include "core/storage.h"
+
+namespace zavo {
+namespace {
+
+// The pixels that a rectangle and a bitmap share, and where they begin in either. Distances between a rectangle's
+// sides and the bitmap's may pass 32 bits before they are cut.
+struct SharedArea {
+  unsigned sourceColumn, sourceRow;
+  unsigned column, row;  // in the rectangle
+  unsigned width, height;
+
+  [[nodiscard]] bool isEmpty() const { return width == 0 || height == 0; }
+};
+
+struct Span {
+  unsigned start, length;
+};
+
+// The part of `start` .. `start + length` that lies in 0 .. `limit`.
+Span clip(int start, unsigned length, int limit) {
+  const int64_t first = std::max<int64_t>(start, 0);
+  const int64_t end = std::min<int64_t>(int64_t{start} + length, limit);
+  if (end <= first) return {};
+  return {static_cast<unsigned>(first), static_cast<unsigned>(end - first)};
+}
+
+SharedArea sharedArea(const BitmapHandle& bitmap, int left, int top, unsigned width, unsigned height) {
+  const Span columns = clip(left, width, bitmap.Width);
+  const Span rows = clip(top, height, bitmap.Height);
+  return {.sourceColumn = columns.start,
+          .sourceRow = rows.start,
+          .column = columns.start - static_cast<unsigned>(left),
+          .row = rows.start - static_cast<unsigned>(top),
+          .width = columns.length,
+          .height = rows.length};
+}
+
+// --- Moving the pixels of a row
+
+// A stretch of bits, from `from`, bit `fromBit`, to `to`, bit `toBit` (0 to 7, counted from the most significant).
+struct BitMove {
+  unsigned fromBit, toBit;
+  size_t fromBytes, toBytes;    // bytes the stretch touches on either side
+  uint8_t firstMask, lastMask;  // the bits of the stretch in the first and last byte touched in `to`
+};
+
+BitMove planMove(uint64_t fromBit, uint64_t toBit, uint64_t bits) {
+  BitMove move{};
+  move.fromBit = static_cast<unsigned>(fromBit % 8);
+  move.toBit = static_cast<unsigned>(toBit % 8);
+  move.fromBytes = static_cast<size_t>((move.fromBit + bits + 7) / 8);
+  move.toBytes = static_cast<size_t>((move.toBit + bits + 7) / 8);
+  const auto endBit = static_cast<unsigned>((move.toBit + bits) % 8);
+  move.firstMask = static_cast<uint8_t>(0xFF >> move.toBit);
+  move.lastMask = static_cast<uint8_t>(endBit == 0 ? 0xFF : 0xFF << (8 - endBit));
+  return move;
+}
+
+// Writes every byte touched; the bits beside the stretch in its first and last byte become zero.
+void moveBits(uint8_t* to, const uint8_t* from, const BitMove& move) {
+  if (move.fromBit == move.toBit) {
+    memcpy(to, from, move.toBytes);
+  } else {
+    // Byte k takes the low bits of source byte k + carry and the high bits of the one after it. Towards the last bit
+    // (`toBit` larger) the source starts one byte earlier, before its first byte, where nothing is read.
+    const bool later = move.toBit > move.fromBit;
+    const unsigned up = (move.fromBit - move.toBit) & 7;
+    const unsigned down = 8 - up;
+    const size_t carry = later ? 1 : 0;
+    size_t k = 0;
+    if (later) {
+      to[0] = static_cast<uint8_t>(from[0] >> down);
+      k = 1;
+    }
+    const size_t whole = std::min(move.toBytes, move.fromBytes - 1 + carry);
+    for (; k < whole; ++k) to[k] = static_cast<uint8_t>(from[k - carry] << up | from[k + 1 - carry] >> down);
+    if (k < move.toBytes) to[k] = static_cast<uint8_t>(from[k - carry] << up);
+  }
+  to[0] &= move.firstMask;
+  to[move.toBytes - 1] &= move.lastMask;
+}
+
+// --- Rectangles
+
+// New section memory is zero and run-length rows are blank; other kinds of storage may start with anything.
+bool startsBlank(const BitmapHandle& bitmap) {
+  const StorageKind kind = storageKind(bitmap);
+  return kind == StorageKind::section || kind == StorageKind::runLength;
+}
+
+// Copies the shared pixels into a fresh bitmap of the rectangle's size; what it has beyond them becomes zero.
+int fillFromArea(BitmapHandle& target, BitmapHandle& source, const SharedArea& area) {
+  const auto bits = static_cast<unsigned>(target.BitsPerPixel);
+  const uint64_t fromBit = uint64_t{area.sourceColumn} * bits;
+  const uint64_t toBit = uint64_t{area.column} * bits;
+  const BitMove move = planMove(fromBit, toBit, uint64_t{area.width} * bits);
+  const auto fromByte = static_cast<size_t>(fromBit / 8);
+  const auto toByte = static_cast<size_t>(toBit / 8);
+
+  BitmapLock targetLock(target);
+  BitmapLock sourceLock(source);
+  RowReader reader(source);
+  RowWriter writer(target);
+  if (const int status = reader.open(); status != KSUCCESS) return status;
+  if (const int status = writer.open(); status != KSUCCESS) return status;
+
+  const bool blank = startsBlank(target);
+  const bool clearsRows = !blank || !hasDirectRows(target);
+  const unsigned firstRow = blank ? area.row : 0;
+  const unsigned endRow = blank ? area.row + area.height : static_cast<unsigned>(target.Height);
+  for (unsigned row = firstRow; row < endRow; ++row) {
+    uint8_t* pixels = writer.row(row);
+    if (clearsRows) memset(pixels, 0, target.BytesPerLine);
+    if (row - area.row < area.height) {
+      const uint8_t* sourcePixels = reader.row(area.sourceRow + (row - area.row));
+      if (sourcePixels == nullptr) return reader.status();
+      moveBits(pixels + toByte, sourcePixels + fromByte, move);
+    }
+    if (const int status = writer.commit(row); status != KSUCCESS) return status;
+  }
+  return KSUCCESS;
+}
+
+// A duplicate of the rectangle's size with the region moved along, its pixels not yet copied.
+int duplicateForRect(BitmapHandle& work, BitmapHandle& source, int left, int top, unsigned width, unsigned height) {
+  constexpr unsigned flags = DUP_STORAGE | DUP_PALETTE;
+  // Sides beyond the signed range come out negative and are refused.
+  const int status =
+      duplicateBitmap(work, source, static_cast<int>(width), static_cast<int>(height), source.BitsPerPixel, flags);
+  if (status != KSUCCESS) return status;
+  // Moving by the negative of the lowest integer moves everything out, as one less does.
+  const int rowOffset = -std::max(top, -INT_MAX);
+  const int columnOffset = -std::max(left, -INT_MAX);
+  const int regionStatus = copyRegion(work, source, rowOffset, columnOffset);
+  if (regionStatus != KSUCCESS) {
+    work.Region = nullptr;
+    Zv_FreeBitmap(&work);
+  }
+  return regionStatus;
+}
+
+// Leaves `work` without storage when the rectangle lies outside the bitmap; that is a success.
+int copyRect(OwnedBitmap& work, BitmapHandle& source, int left, int top, unsigned width, unsigned height) {
+  if (const int status = duplicateForRect(*work, source, left, top, width, height); status != KSUCCESS) return status;
+  const SharedArea area = sharedArea(source, left, top, width, height);
+  if (area.isEmpty()) {
+    Zv_FreeBitmap(work.get());
+    return KSUCCESS;
+  }
+  if (const int status = fillFromArea(*work, source, area); status != KSUCCESS) return status;
+  Zv_TrimBitmapHeap(work.get());
+  return KSUCCESS;
+}
+
+}  // namespace
+}  // namespace zavo
+
+using namespace zavo;
+
+int ZAVO_CALL Zv_CopyBitmapRect(BitmapHandle* destination, BitmapHandle* source, int left, int top, unsigned width,
+                                unsigned height) {
+  if (!isAllocated(source)) return KERR_BAD_PARAMETER;
+  const bool inPlace = destination == nullptr || destination == source;
+  OwnedBitmap work;
+  const int status = copyRect(work, *source, left, top, width, height);
+  if (!inPlace) {
+    if (status != KSUCCESS) Zv_FreeBitmap(work.get());
+    *destination = work.release();
+  } else if (status == KSUCCESS && isAllocated(work.get())) {
+    work.moveInto(*source);
+  }
+  return status;
+}
+
+int ZAVO_CALL Zv_TrimBitmap(BitmapHandle* bitmap, int left, int top, unsigned width, unsigned height) {
+  if (!isAllocated(bitmap)) return KERR_BAD_PARAMETER;
+  const Span columns = clip(left, width, bitmap->Width);
+  const Span rows = clip(top, height, bitmap->Height);
+  return Zv_CopyBitmapRect(nullptr, bitmap, static_cast<int>(columns.start), static_cast<int>(rows.start),
+                           columns.length, rows.length);
+}

@@ -1,0 +1,21 @@
+// Duplicating a bitmap's description and its pixels.
+#pragma once
+
+#include <zavo.h>
+
+namespace zavo {
+
+// Zv_DupBitmapNewDim on checked, different handles.
+[[nodiscard]] int duplicateBitmap(BitmapHandle& destination, BitmapHandle& source, int width, int height,
+                                  int bitsPerPixel, unsigned flags);
+
+// Frees what a duplicate made with `flags` owns and takes out of it what it shares with its source.
+void discardDuplicate(BitmapHandle& duplicate, unsigned flags);
+
+// Zv_CopyBitmapData on checked, different handles.
+[[nodiscard]] int copyBitmapData(BitmapHandle& destination, BitmapHandle& source);
+
+// Zv_CopyBitmap on checked, different handles.
+[[nodiscard]] int copyBitmap(BitmapHandle& destination, BitmapHandle& source);
+
+}  // namespace zavo
