@@ -675,6 +675,8 @@ ZAVO_API unsigned* ZAVO_CALL Zv_SetUserMatchTable(unsigned* table);
 ZAVO_API int ZAVO_CALL Zv_FreeUserMatchTable(unsigned* table);
 /** @return 256 bytes: entry v is the number of 1 bits in the byte v */
 ZAVO_API const unsigned char* ZAVO_CALL Zv_Get1BitOnTable(void);
+
+/* ------------------------------------------------------------------------------------------------------------
  * Colour reduction, translation and colour spaces
  * --------------------------------------------------------------------------------------------------------- */
 

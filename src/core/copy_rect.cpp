@@ -138,7 +138,7 @@ int fillFromArea(BitmapHandle& target, BitmapHandle& source, const SharedArea& a
 // A duplicate of the rectangle's size with the region moved along, its pixels not yet copied.
 int duplicateForRect(BitmapHandle& work, BitmapHandle& source, int left, int top, unsigned width, unsigned height) {
   constexpr unsigned flags = DUP_STORAGE | DUP_PALETTE;
-  // Sides beyond the signed range come out negative and are refused.
+  if (width > INT_MAX || height > INT_MAX) return KERR_NO_MEMORY;
   const int status =
       duplicateBitmap(work, source, static_cast<int>(width), static_cast<int>(height), source.BitsPerPixel, flags);
   if (status != KSUCCESS) return status;
