@@ -326,6 +326,33 @@ ZAVO_API int ZAVO_CALL Zv_PutBitmapRowCol(BitmapHandle* bitmap, const unsigned c
                                           unsigned column, unsigned bytes);
 
 /* ------------------------------------------------------------------------------------------------------------
+ * View perspective
+ *
+ * A frame is the coordinate system of one perspective code: columns from its left edge, rows from its top edge. The
+ * bitmap's own frame, that of its ViewPerspective, is the stored image: Width columns, Height rows. In the frames of
+ * codes 4 and 8 rows run along the columns of the upright picture: turned clockwise by 90 or 270 degrees they show it.
+ * Only the record's sizes and code are looked at; the bitmap need not be allocated.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Carries a pixel's place from the bitmap's own frame to the frame of `perspective`.
+ * @param bitmap       the bitmap
+ * @param perspective  VIEW_ value of the other frame; the bitmap's own code changes nothing
+ * @param x, y         column and row, converted in place
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null argument
+ */
+ZAVO_API int ZAVO_CALL Zv_PointFromBitmap(BitmapHandle* bitmap, int perspective, int* x, int* y);
+/** The reverse: carries a pixel's place from the frame of `perspective` to the bitmap's own. */
+ZAVO_API int ZAVO_CALL Zv_PointToBitmap(BitmapHandle* bitmap, int perspective, int* x, int* y);
+/**
+ * As Zv_PointFromBitmap for a rectangle, right and bottom exclusive.
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null argument
+ */
+ZAVO_API int ZAVO_CALL Zv_RectFromBitmap(BitmapHandle* bitmap, int perspective, RECT* rect);
+/** The reverse: carries a rectangle from the frame of `perspective` to the bitmap's own. */
+ZAVO_API int ZAVO_CALL Zv_RectToBitmap(BitmapHandle* bitmap, int perspective, RECT* rect);
+
+/* ------------------------------------------------------------------------------------------------------------
  * Copying and bitmap lists
  *
  * A function that fills in a `destination` overwrites the record: what it held before is not looked at and not
