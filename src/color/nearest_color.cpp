@@ -2,7 +2,9 @@
 #include <zavo.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
+#include <emmintrin.h>
 
 #include "color/palettes.h"
 
@@ -25,6 +27,36 @@ bool isColor(const RGBQUAD& entry, unsigned red, unsigned green, unsigned blue) 
 
 unsigned squaredDifference(unsigned a, unsigned b) {
   return squareTable[a > b ? a - b : b - a];
+}
+
+// The search while it walks: the best entry so far and its distance.
+struct Search {
+  unsigned wantedClass;
+  unsigned best = noEntry;
+  int bestDistance = INT_MAX;  // a sum of three squares stays far below
+
+  void offer(unsigned index, const RGBQUAD& entry, int distance) {
+    if (distance > bestDistance) return;
+    if (distance == bestDistance &&
+        (distance == 0 || channelClass(entry.rgbRed, entry.rgbGreen, entry.rgbBlue) != wantedClass)) {
+      return;
+    }
+    best = index;
+    bestDistance = distance;
+  }
+};
+
+// Squared distances of four entries; `color` holds blue, green, red, 0 twice.
+__m128i distancesOfFour(const RGBQUAD* entries, __m128i color) {
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i colorBytes = _mm_set1_epi32(0x00FFFFFF);
+  const __m128i bytes = _mm_and_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(entries)), colorBytes);
+  const __m128i low = _mm_sub_epi16(_mm_unpacklo_epi8(bytes, zero), color);
+  const __m128i high = _mm_sub_epi16(_mm_unpackhi_epi8(bytes, zero), color);
+  const __m128 lowSums = _mm_castsi128_ps(_mm_madd_epi16(low, low));  // blue + green, red, blue + green, red
+  const __m128 highSums = _mm_castsi128_ps(_mm_madd_epi16(high, high));
+  return _mm_add_epi32(_mm_castps_si128(_mm_shuffle_ps(lowSums, highSums, _MM_SHUFFLE(2, 0, 2, 0))),
+                       _mm_castps_si128(_mm_shuffle_ps(lowSums, highSums, _MM_SHUFFLE(3, 1, 3, 1))));
 }
 
 bool isIdentity(const uint8_t* map, unsigned count) {
@@ -50,20 +82,25 @@ unsigned nearestIndex(const RGBQUAD* palette, unsigned count, unsigned red, unsi
     if (isColor(palette[0], 255, 255, 255)) return 0;
   }
 
-  const unsigned wantedClass = channelClass(red, green, blue);
-  uint32_t bestDistance = 0xFFFFFFFFu;
-  unsigned best = noEntry;
-  for (unsigned i = 0; i < count; ++i) {
-    const RGBQUAD& entry = palette[i];
-    const uint32_t distance = squaredDifference(red, entry.rgbRed) + squaredDifference(green, entry.rgbGreen) +
-                              squaredDifference(blue, entry.rgbBlue);
-    if (distance > bestDistance) continue;
-    if (distance == bestDistance && channelClass(entry.rgbRed, entry.rgbGreen, entry.rgbBlue) != wantedClass) continue;
-    best = i;
-    bestDistance = distance;
-    if (distance == 0) break;
+  Search search{channelClass(red, green, blue)};
+  const auto r = static_cast<short>(red), g = static_cast<short>(green), b = static_cast<short>(blue);
+  const __m128i color = _mm_setr_epi16(b, g, r, 0, b, g, r, 0);
+  unsigned i = 0;
+  for (; i + 4 <= count && search.bestDistance > 0; i += 4) {
+    const __m128i distances = distancesOfFour(palette + i, color);
+    const __m128i farther = _mm_cmpgt_epi32(distances, _mm_set1_epi32(search.bestDistance));
+    if (_mm_movemask_epi8(farther) == 0xFFFF) continue;
+    alignas(16) int values[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(values), distances);
+    for (unsigned k = 0; k < 4; ++k) search.offer(i + k, palette[i + k], values[k]);
   }
-  return best;
+  for (; i < count && search.bestDistance > 0; ++i) {
+    const RGBQUAD& entry = palette[i];
+    search.offer(i, entry,
+                 static_cast<int>(squaredDifference(red, entry.rgbRed) + squaredDifference(green, entry.rgbGreen) +
+                                  squaredDifference(blue, entry.rgbBlue)));
+  }
+  return search.best;
 }
 
 bool buildPaletteMap(uint8_t map[256], const RGBQUAD* source, unsigned sourceCount, const RGBQUAD* destination,
