@@ -704,6 +704,39 @@ ZAVO_API int ZAVO_CALL Zv_FreeUserMatchTable(unsigned* table);
 ZAVO_API const unsigned char* ZAVO_CALL Zv_Get1BitOnTable(void);
 
 /* ------------------------------------------------------------------------------------------------------------
+ * Buffer conversion
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Converts a row of pixels in place. Pixels of up to 8 bits follow the palettes; to reduce colours each is given the
+ * nearest palette entry (Zv_FindPaletteIndex), found through the thread's match table when one is installed
+ * (Zv_SetUserMatchTable). Grey is (2 * red + 5 * green + blue + 4) / 8. Channels of 5 bits become 8 bits by repeating
+ * their top bits, channels of 8 bits become 5 bits by dropping the lower ones. From 32 to 16 bits an alpha above 127
+ * sets bit 15; other conversions to 16 or 32 bits clear alpha, except those that only exchange the channels.
+ * @param buffer              the row; room for the longer of the two formats (Zv_CalcConvertSize)
+ * @param width               pixels, at least 1
+ * @param sourceDepth         0 for 8-bit grey without a palette, 1 to 8, 16, 24 or 32
+ * @param destinationDepth    likewise
+ * @param sourceOrder         ORDER_ value; looked at for 16 bits and up
+ * @param destinationOrder    likewise
+ * @param sourcePalette       for 1 to 8 bits: 1 << sourceDepth entries, or null for the fixed palette
+ * @param destinationPalette  likewise
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null buffer, a width below 1, another depth or order, the buffer then
+ *         untouched
+ */
+ZAVO_API int ZAVO_CALL Zv_ConvertBuffer(unsigned char* buffer, int width, int sourceDepth, int destinationDepth,
+                                        int sourceOrder, int destinationOrder, const RGBQUAD* sourcePalette,
+                                        const RGBQUAD* destinationPalette);
+/**
+ * Tells the size of a row buffer for a conversion: the largest of `widthB` pixels of `bitsA`, `widthB` pixels of
+ * `bitsB` and `widthA` pixels of `bitsA`, each a multiple of 4 bytes. To convert in place pass the row's width twice.
+ * @param widthA, widthB  pixels
+ * @param bitsA, bitsB    bits per pixel; 0 counts as 8
+ * @return bytes; 0xFFFFFFFC for a size that does not fit in 32 bits
+ */
+ZAVO_API unsigned ZAVO_CALL Zv_CalcConvertSize(unsigned widthA, unsigned bitsA, unsigned widthB, unsigned bitsB);
+
+/* ------------------------------------------------------------------------------------------------------------
  * Colour reduction, translation and colour spaces
  * --------------------------------------------------------------------------------------------------------- */
 
