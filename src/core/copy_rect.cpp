@@ -70,28 +70,47 @@ BitMove planMove(uint64_t fromBit, uint64_t toBit, uint64_t bits) {
   return move;
 }
 
+uint32_t loadWord(const uint8_t* bytes) {
+  uint32_t word;
+  memcpy(&word, bytes, sizeof word);
+  return word;
+}
+
+// Moves `count` bytes towards the first bit by `up` bits, 1 to 7, reading one byte more.
+void shiftBytes(uint8_t* __restrict to, const uint8_t* __restrict from, size_t count, unsigned up) {
+  constexpr uint32_t everyByte = 0x01010101;
+  const unsigned down = 8 - up;
+  const uint32_t highBits = (0xFFu << up & 0xFF) * everyByte;
+  const size_t words = count / 4;
+  // Four bytes at a time; what a shift brings over from a neighbouring byte is masked away.
+  for (size_t k = 0; k < words; ++k) {
+    const uint32_t word = (loadWord(from + 4 * k) << up & highBits) | (loadWord(from + 4 * k + 1) >> down & ~highBits);
+    memcpy(to + 4 * k, &word, sizeof word);
+  }
+  for (size_t k = 4 * words; k < count; ++k) to[k] = static_cast<uint8_t>(from[k] << up | from[k + 1] >> down);
+}
+
 // Writes every byte touched; the bits beside the stretch in its first and last byte become zero.
 void moveBits(uint8_t* to, const uint8_t* from, const BitMove& move) {
+  uint8_t& first = to[0];
+  uint8_t& last = to[move.toBytes - 1];
   if (move.fromBit == move.toBit) {
     memcpy(to, from, move.toBytes);
   } else {
-    // Byte k takes the low bits of source byte k + carry and the high bits of the one after it. Towards the last bit
-    // (`toBit` larger) the source starts one byte earlier, before its first byte, where nothing is read.
-    const bool later = move.toBit > move.fromBit;
     const unsigned up = (move.fromBit - move.toBit) & 7;
-    const unsigned down = 8 - up;
-    const size_t carry = later ? 1 : 0;
-    size_t k = 0;
-    if (later) {
-      to[0] = static_cast<uint8_t>(from[0] >> down);
-      k = 1;
+    size_t count = move.toBytes;
+    if (move.toBit > move.fromBit) {
+      // Towards the last bit: the first byte has no source byte before it.
+      *to++ = static_cast<uint8_t>(from[0] >> (8 - up));
+      --count;
     }
-    const size_t whole = std::min(move.toBytes, move.fromBytes - 1 + carry);
-    for (; k < whole; ++k) to[k] = static_cast<uint8_t>(from[k - carry] << up | from[k + 1 - carry] >> down);
-    if (k < move.toBytes) to[k] = static_cast<uint8_t>(from[k - carry] << up);
+    // The last byte may have no source byte after it.
+    const size_t whole = std::min(count, move.fromBytes - 1);
+    shiftBytes(to, from, whole, up);
+    if (whole < count) to[whole] = static_cast<uint8_t>(from[whole] << up);
   }
-  to[0] &= move.firstMask;
-  to[move.toBytes - 1] &= move.lastMask;
+  first &= move.firstMask;
+  last &= move.lastMask;
 }
 
 // --- Rectangles
