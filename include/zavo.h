@@ -753,6 +753,56 @@ ZAVO_API unsigned ZAVO_CALL Zv_CalcConvertSize(unsigned widthA, unsigned bitsA, 
 ZAVO_API COLORREF ZAVO_CALL Zv_TranslateBitmapColor(BitmapHandle* destination, BitmapHandle* source, COLORREF color);
 
 /* ------------------------------------------------------------------------------------------------------------
+ * Device-independent bitmaps
+ *
+ * A packed DIB is one block of moveable global memory: header, colour table, rows of a multiple of 4 bytes. The
+ * Convert functions leave what they read alone, the Change functions take it over. A DIB is taken in with 1, 4, 8,
+ * 16 (5-5-5), 24 or 32 bits (blue, green, red, unused), one plane, uncompressed; its colour table has at most 256
+ * entries. A header resolution of 0 stands for the screen's.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Makes a packed DIB of a bitmap: a 40-byte header, the picture's bottom row first. 2 and 3 bits become 4, 5 to 7
+ * become 8, 16 and 32 become 24. The header's colours-used field is 0, the colour table has all 2, 16 or 256 entries
+ * with reserved bytes of 0; without a palette the fixed one of the depth is written.
+ * @param bitmap  an allocated bitmap
+ * @return the DIB, the caller's; null for a bitmap that is null or unallocated, when memory cannot be had, or when a
+ *         row cannot be read
+ */
+ZAVO_API HGLOBAL ZAVO_CALL Zv_ConvertToDIB(const BitmapHandle* bitmap);
+
+/**
+ * As Zv_ConvertToDIB, and frees the bitmap; but the colours-used field is the bitmap's ColorCount, the colour table
+ * has as many entries, and their reserved bytes are those of the palette.
+ * @param bitmap  an allocated bitmap that is not locked (BMF_LOCKED)
+ * @return the DIB, the caller's; null as for Zv_ConvertToDIB and for a locked bitmap, the bitmap then unchanged
+ */
+ZAVO_API HGLOBAL ZAVO_CALL Zv_ChangeToDIB(BitmapHandle* bitmap);
+
+/**
+ * Makes a bitmap of a DIB whose header and rows lie where the caller says. The view perspective is VIEW_UPRIGHT for a
+ * negative height, else VIEW_BOTTOM_UP; ColorOrder is 1 for every depth. The palette is read as 4-byte entries that
+ * begin 40 bytes after the header's start, whatever the header's size.
+ * @param bitmap  receives the bitmap; what it held is not looked at
+ * @param header  a BITMAPINFOHEADER, BITMAPCOREHEADER or longer header with its colour table
+ * @param rows    the first stored row
+ * @return KSUCCESS; KERR_BAD_PARAMETER for null; KERR_BAD_DIB for a format that is not taken, a side of 0, a negative
+ *         width, a size beyond 32 bits, or memory that does not hold what the header claims, as far as that can be
+ *         told; KERR_NO_MEMORY; KERR_WRITE from a temporary file. The record is untouched on failure.
+ */
+ZAVO_API int ZAVO_CALL Zv_ConvertFromDIB(BitmapHandle* bitmap, const BITMAPINFO* header, const unsigned char* rows);
+
+/**
+ * Makes a bitmap of a packed DIB and frees the DIB. The view perspective is as for Zv_ConvertFromDIB; ColorOrder is 1
+ * above 8 bits, else 0.
+ * @param bitmap  receives the bitmap; what it held is not looked at
+ * @param dib     global memory; the library's on success, still the caller's on failure
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null bitmap or memory that cannot be locked; KERR_BAD_DIB as for
+ *         Zv_ConvertFromDIB; KERR_NO_MEMORY; KERR_WRITE from a temporary file. The record is untouched on failure.
+ */
+ZAVO_API int ZAVO_CALL Zv_ChangeFromDIB(BitmapHandle* bitmap, HGLOBAL dib);
+
+/* ------------------------------------------------------------------------------------------------------------
  * Animation playback
  * --------------------------------------------------------------------------------------------------------- */
 
