@@ -33,4 +33,39 @@ void fillWithNoise(BitmapHandle& bitmap, std::mt19937& random) {
   Zv_UnlockBitmap(&bitmap, wasLocked);
 }
 
+void giveRandomPalette(BitmapHandle& bitmap, std::mt19937& random) {
+  struct {
+    WORD version = 0x300;
+    WORD count = 0;
+    PALETTEENTRY entries[256] = {};
+  } colors;
+  colors.count = static_cast<WORD>(bitmap.ColorCount);
+  for (auto& [red, green, blue, flags] : colors.entries) {
+    const auto color = random();
+    red = static_cast<BYTE>(color);
+    green = static_cast<BYTE>(color >> 8);
+    blue = static_cast<BYTE>(color >> 16);
+  }
+  if (bitmap.Palette != nullptr) DeleteObject(bitmap.Palette);
+  bitmap.Palette = CreatePalette(reinterpret_cast<const LOGPALETTE*>(&colors));
+}
+
+std::vector<uint8_t> bytesOf(BitmapHandle& bitmap) {
+  if ((bitmap.Flags & BMF_ALLOCATED) == 0) return {};
+  const size_t rowBytes = bitmap.BytesPerLine;
+  std::vector<uint8_t> bytes(rowBytes * static_cast<size_t>(bitmap.Height));
+  const int wasLocked = Zv_LockBitmap(&bitmap);
+  for (unsigned y = 0; y < static_cast<unsigned>(bitmap.Height); ++y) {
+    Zv_GetBitmapRow(&bitmap, bytes.data() + y * rowBytes, y, bitmap.BytesPerLine);
+  }
+  Zv_UnlockBitmap(&bitmap, wasLocked);
+  return bytes;
+}
+
+std::vector<PALETTEENTRY> colorsOf(const BitmapHandle& bitmap) {
+  std::vector<PALETTEENTRY> colors(bitmap.Palette != nullptr ? bitmap.ColorCount : 0);
+  GetPaletteEntries(bitmap.Palette, 0, static_cast<UINT>(colors.size()), colors.data());
+  return colors;
+}
+
 }  // namespace zavotest

@@ -45,4 +45,13 @@ Picture pictureOf(BitmapHandle& bitmap);
 // Fills the rows with noise; the padding at their ends too, which no function may let show.
 void fillWithNoise(BitmapHandle& bitmap, std::mt19937& random);
 
+// Replaces the palette of a bitmap of up to 8 bits by one of random colours.
+void giveRandomPalette(BitmapHandle& bitmap, std::mt19937& random);
+
+// The stored rows, padding included, one after another; empty for an unallocated bitmap.
+std::vector<uint8_t> bytesOf(BitmapHandle& bitmap);
+
+// The colours of the bitmap's palette; empty for none.
+std::vector<PALETTEENTRY> colorsOf(const BitmapHandle& bitmap);
+
 }  // namespace zavotest

@@ -1,0 +1,75 @@
+// Replaces functions that a loaded module imports, by writing to its import address table.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <windows.h>
+
+namespace zavotest {
+
+// zavo.dll, which this program is linked to.
+[[nodiscard]] HMODULE library();
+
+// The entry of `module`'s import address table that holds `function`; null when it imports no such function.
+[[nodiscard]] void** importSlot(HMODULE module, const std::string& function);
+
+// Writes one entry; returns what it held.
+void* exchangeImport(void** slot, void* replacement);
+
+// One import replaced while this lives. Patches of the same import nest: the newest is the one that is called, and
+// original() is the one before it. Fails the running test when the module imports no such function.
+class ImportPatch {
+ public:
+  ImportPatch(HMODULE module, const std::string& function, void* replacement);
+  ImportPatch(const ImportPatch&) = delete;
+  ImportPatch& operator=(const ImportPatch&) = delete;
+  ~ImportPatch();
+
+  [[nodiscard]] void* original() const { return original_; }
+
+ private:
+  void** slot_;
+  void* original_ = nullptr;
+};
+
+// A function name as a template argument.
+template <size_t size>
+struct FunctionName {
+  char text[size];
+  consteval FunctionName(const char (&name)[size]) {
+    for (size_t i = 0; i < size; ++i) text[i] = name[i];
+  }
+};
+
+// An import of zavo.dll answered by any callable, for instance
+//   Replacement<"GetDeviceCaps", decltype(&GetDeviceCaps)> caps([&](HDC dc, int index) {
+//     return index == BITSPIXEL ? 4 : caps.original(dc, index);
+//   });
+// One at a time for each function.
+template <FunctionName name, typename Function>
+class Replacement;
+
+template <FunctionName name, typename Result, typename... Arguments>
+class Replacement<name, Result(WINAPI*)(Arguments...)> {
+ public:
+  explicit Replacement(std::function<Result(Arguments...)> answer) : patch_(library(), name.text, entry()) {
+    current = std::move(answer);
+  }
+  Replacement(const Replacement&) = delete;
+  Replacement& operator=(const Replacement&) = delete;
+  ~Replacement() { current = nullptr; }
+
+  Result original(Arguments... arguments) const {
+    return reinterpret_cast<Result(WINAPI*)(Arguments...)>(patch_.original())(arguments...);
+  }
+
+ private:
+  static Result WINAPI call(Arguments... arguments) { return current(arguments...); }
+  static void* entry() { return reinterpret_cast<void*>(&call); }
+
+  static inline std::function<Result(Arguments...)> current;
+  ImportPatch patch_;
+};
+
+}  // namespace zavotest

@@ -1,0 +1,32 @@
+#include "support/snapshot.h"
+
+#include <cstring>
+
+#include "support/test_bitmap.h"
+
+namespace zavotest {
+
+Snapshot::Snapshot(BitmapHandle& bitmap)
+    : bitmap_(bitmap), record_(bitmap), bytes_(bytesOf(bitmap)), colors_(colorsOf(bitmap)) {}
+
+testing::AssertionResult Snapshot::unchanged() const {
+  BitmapHandle now = bitmap_;
+  now.CachedRow = record_.CachedRow;
+  now.CachedRowOffset = record_.CachedRowOffset;
+  const auto words = [](const BitmapHandle& record) { return reinterpret_cast<const uint32_t*>(&record); };
+  for (size_t i = 0; i < sizeof now / sizeof(uint32_t); ++i) {
+    if (words(now)[i] != words(record_)[i]) return testing::AssertionFailure() << "word " << i << " of the record";
+  }
+  const std::vector<uint8_t> bytes = bytesOf(bitmap_);
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    if (bytes[i] == bytes_[i]) continue;
+    return testing::AssertionFailure() << "byte " << i % now.BytesPerLine << " of row " << i / now.BytesPerLine;
+  }
+  const std::vector<PALETTEENTRY> colors = colorsOf(bitmap_);
+  if (memcmp(colors.data(), colors_.data(), colors.size() * sizeof(PALETTEENTRY)) != 0) {
+    return testing::AssertionFailure() << "the palette";
+  }
+  return testing::AssertionSuccess();
+}
+
+}  // namespace zavotest
