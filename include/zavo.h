@@ -740,6 +740,41 @@ ZAVO_API unsigned ZAVO_CALL Zv_CalcConvertSize(unsigned widthA, unsigned bitsA, 
  * Colour reduction, translation and colour spaces
  * --------------------------------------------------------------------------------------------------------- */
 
+/** Options of Zv_ColorResBitmap. Those of 1 to 8 bits mean nothing above, and the other way round. */
+enum {
+  COLORRES_BLUE_FIRST = 0x0004,        /**< 16 bits and up: blue first; clear: red first. */
+  COLORRES_GIVEN_PALETTE = 0x0010,     /**< 1 to 8 bits: the palette given. */
+  COLORRES_FIXED_PALETTE = 0x0020,     /**< The library's fixed palette of the depth. */
+  COLORRES_OPTIMISED_PALETTE = 0x0040, /**< A palette chosen from the colours of the image. */
+  COLORRES_GRAY_PALETTE = 0x0080,      /**< An even grey ramp; colours count by their brightness. */
+  COLORRES_NEAREST = 0x10000           /**< Each colour becomes its nearest entry; clear: dithering. */
+};
+
+/**
+ * Makes a converted copy of a bitmap at another depth, in another colour order or with another palette. Size,
+ * perspective, resolution, playback parameters and an own copy of the region carry over.
+ *
+ * Palettes of 1 to 8 bits: at most one of the four options; with none, the source's own palette when it fits, else an
+ * optimised one. Without COLORRES_NEAREST colours are dithered by the source's DitheringMethod (0: nearest), except
+ * where every colour of the source's palette is in the new one. Where colours of 16 bits and up are matched with a
+ * given or fixed palette, the thread's match table is used when there is one.
+ * @param source        the bitmap
+ * @param destination   receives the copy; what the record held is overwritten, not freed, and only on success. Null or
+ *                      `source`: the bitmap itself is converted.
+ * @param bitsPerPixel  1 to 8, 16, 24, 32; 0 makes an 8-bit grey image, whatever palette is asked for
+ * @param options       COLORRES_ values
+ * @param palette       for COLORRES_GIVEN_PALETTE: `colorCount` entries; else not looked at
+ * @param colorCount    entries of the given palette, 1 to 1 << bitsPerPixel; the most colours of an optimised one, 0
+ *                      for the depth's full number; 216 with COLORRES_FIXED_PALETTE at 8 bits takes the colour cube of
+ *                      six levels; else not looked at
+ * @return KSUCCESS; KERR_BAD_BITMAP for a source that is null or unallocated; KERR_BAD_BPP for another depth;
+ *         KERR_BAD_PARAMETER for more than one palette option and for a given palette that is null or of a count out
+ *         of range; KERR_NO_MEMORY; KERR_SEEK, KERR_READ, KERR_WRITE from temporary files; the value of the status
+ *         callback. On failure source and destination are unchanged.
+ */
+ZAVO_API int ZAVO_CALL Zv_ColorResBitmap(BitmapHandle* source, BitmapHandle* destination, int bitsPerPixel,
+                                         unsigned options, const RGBQUAD* palette, unsigned colorCount);
+
 /**
  * Carries a colour value from one bitmap to another. A palette index of `source` becomes its colour, or, for a
  * destination of up to 8 bits, the nearest index there (an index that has the same colour in both keeps its number).

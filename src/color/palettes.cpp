@@ -86,6 +86,15 @@ unsigned readPalette(const BitmapHandle& bitmap, RGBQUAD palette[256]) {
   return count;
 }
 
+unsigned readPaletteOrFixed(const BitmapHandle& bitmap, RGBQUAD palette[256]) {
+  const unsigned count = readPalette(bitmap, palette);
+  const RGBQUAD* fixed = fixedPalette(bitmap.BitsPerPixel);
+  if (count != 0 || fixed == nullptr) return count;
+  const unsigned fixedCount = 1u << bitmap.BitsPerPixel;
+  std::copy(fixed, fixed + fixedCount, palette);
+  return fixedCount;
+}
+
 }  // namespace zavo
 
 using namespace zavo;

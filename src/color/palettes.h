@@ -52,6 +52,9 @@ bool buildPaletteMap(uint8_t map[256], const RGBQUAD* source, unsigned sourceCou
 // Reads up to 256 entries of a bitmap's palette as a palette array; the number read. The rest of `palette` is zeroed.
 unsigned readPalette(const BitmapHandle& bitmap, RGBQUAD palette[256]);
 
+// As readPalette; a bitmap without a palette has the fixed one of its depth, of 1 to 8 bits.
+unsigned readPaletteOrFixed(const BitmapHandle& bitmap, RGBQUAD palette[256]);
+
 // The number of entries of a palette object, 0 for null.
 [[nodiscard]] unsigned paletteSize(HPALETTE palette);
 

@@ -1,0 +1,217 @@
+// Reducing colours: every source depth with every target and palette against a model, and what carries over.
+#include <zavo.h>
+
+#include <gtest/gtest.h>
+#include <random>
+
+#include "color/colors.h"
+
+namespace {
+
+using namespace zavotest;
+
+constexpr unsigned paletteOptions[] = {0, COLORRES_GIVEN_PALETTE, COLORRES_FIXED_PALETTE, COLORRES_GRAY_PALETTE};
+
+Color widened(Color c, int bits) {
+  const auto five = [](unsigned v) { return v / 8 << 3 | v / 8 >> 2; };
+  return bits == 16 ? Color{five(c.red), five(c.green), five(c.blue)} : c;
+}
+
+unsigned nearest(const Palette& palette, size_t count, const Color& c) {
+  return Zv_FindPaletteIndex(palette.data(), static_cast<unsigned>(count), c.red, c.green, c.blue);
+}
+
+struct Case {
+  int sourceBits, targetBits;
+  unsigned option;
+};
+
+std::vector<Case> allCases() {
+  std::vector<Case> cases;
+  for (const int source : allDepths) {
+    cases.push_back({source, 0, 0});
+    for (const int target : allDepths) {
+      for (const unsigned option : paletteOptions) {
+        if (target <= 8 || option == 0 || option == COLORRES_GIVEN_PALETTE) cases.push_back({source, target, option});
+      }
+    }
+  }
+  return cases;
+}
+
+TEST(ColorReduction, NearestInEveryFormat) {
+  std::mt19937 random(231);
+  for (const Case& c : allCases()) {
+    SCOPED_TRACE(testing::Message() << c.sourceBits << " to " << c.targetBits << " bits, option " << c.option);
+    TestBitmap source(37, 5, c.sourceBits);
+    ASSERT_TRUE(source.allocated());
+    if (c.sourceBits <= 8) setPalette(source, noisePalette(source.ColorCount, random));
+    if (c.sourceBits > 8 && random() % 2 == 0) source.ColorOrder = ORDER_RED_FIRST;
+    fillWithNoise(source, random);
+    const size_t full = c.targetBits <= 8 ? 1u << c.targetBits : 0;
+    const size_t givenCount = full == 0 ? 1 : 1 + random() % full;
+    const Palette given = noisePalette(givenCount, random);
+
+    TestBitmap result;
+    const unsigned order = random() % 2 == 0 ? COLORRES_BLUE_FIRST : 0;
+    ASSERT_EQ(Zv_ColorResBitmap(&source, &result, c.targetBits, c.option | order | COLORRES_NEAREST, given.data(),
+                                static_cast<unsigned>(givenCount)),
+              KSUCCESS);
+    EXPECT_EQ(result.BitsPerPixel, c.targetBits == 0 ? 8 : c.targetBits);
+    EXPECT_EQ(result.ColorOrder, c.targetBits > 8 && order != 0 ? ORDER_BLUE_FIRST : ORDER_RED_FIRST);
+
+    const std::vector<Color> before = colorsOf(source), after = colorsOf(result);
+    ASSERT_EQ(before.size(), after.size());
+    const Palette palette = paletteOf(result);
+    EXPECT_EQ(palette.size(), c.targetBits > 8 ? 0 : result.ColorCount);
+    const bool gray = c.targetBits == 0 || c.option == COLORRES_GRAY_PALETTE;
+    const bool ownPalette = c.option == 0 && c.targetBits != 0 && c.targetBits <= 8;
+    if (ownPalette && c.sourceBits > c.targetBits) continue;  // an optimised palette has tests of its own
+    for (size_t i = 0; i < before.size(); ++i) {
+      Color expected = before[i];
+      if (c.targetBits > 8) {
+        expected = widened(expected, c.targetBits);
+      } else if (!ownPalette) {
+        const size_t count = c.option == COLORRES_GIVEN_PALETTE ? givenCount : palette.size();
+        const unsigned level = brightness(expected);
+        expected = colorOf(palette[nearest(palette, count, gray ? Color{level, level, level} : expected)]);
+      }
+      ASSERT_EQ(after[i], expected) << "pixel " << i;
+    }
+  }
+}
+
+TEST(ColorReduction, PalettesAreThoseAskedFor) {
+  std::mt19937 random(232);
+  TestBitmap source(8, 8, 24);
+  ASSERT_TRUE(source.allocated());
+  fillWithNoise(source, random);
+  for (int bits = 1; bits <= 8; ++bits) {
+    SCOPED_TRACE(bits);
+    const size_t full = 1u << bits;
+    const Palette given = noisePalette(full, random);
+    for (const unsigned option : {COLORRES_GIVEN_PALETTE, COLORRES_FIXED_PALETTE, COLORRES_GRAY_PALETTE}) {
+      TestBitmap result;
+      ASSERT_EQ(Zv_ColorResBitmap(&source, &result, bits, option, given.data(), static_cast<unsigned>(full)), KSUCCESS);
+      const Palette palette = paletteOf(result);
+      ASSERT_EQ(palette.size(), full);
+      for (size_t i = 0; i < full; ++i) {
+        const auto level = static_cast<unsigned>(i * 255 / (full - 1));
+        const Color expected = option == COLORRES_GIVEN_PALETTE   ? colorOf(given[i])
+                               : option == COLORRES_FIXED_PALETTE ? colorOf(Zv_IntGetFixedPalette(bits)[i])
+                                                                  : Color{level, level, level};
+        ASSERT_EQ(colorOf(palette[i]), expected) << "option " << option << ", entry " << i;
+      }
+    }
+  }
+}
+
+TEST(ColorReduction, RefusesWhatItCannotDo) {
+  std::mt19937 random(233);
+  TestBitmap source(4, 4, 24);
+  ASSERT_TRUE(source.allocated());
+  const Palette palette = noisePalette(256, random);
+  BitmapHandle unallocated;
+  Zv_InitBitmap(&unallocated, 4, 4, 24);
+  const struct {
+    BitmapHandle* source;
+    int bits;
+    unsigned options;
+    const RGBQUAD* palette;
+    unsigned count;
+    int status;
+  } cases[] = {
+      {nullptr, 9, 0x30, nullptr, 0, KERR_BAD_BITMAP},
+      {&unallocated, 8, 0, nullptr, 0, KERR_BAD_BITMAP},
+      {&source, 9, 0x30, nullptr, 0, KERR_BAD_BPP},
+      {&source, -1, 0, nullptr, 0, KERR_BAD_BPP},
+      {&source, 33, 0, nullptr, 0, KERR_BAD_BPP},
+      {&source, 8, COLORRES_FIXED_PALETTE | COLORRES_GRAY_PALETTE, nullptr, 0, KERR_BAD_PARAMETER},
+      {&source, 8, COLORRES_GIVEN_PALETTE | COLORRES_OPTIMISED_PALETTE, palette.data(), 2, KERR_BAD_PARAMETER},
+      {&source, 8, COLORRES_GIVEN_PALETTE, nullptr, 256, KERR_BAD_PARAMETER},
+      {&source, 8, COLORRES_GIVEN_PALETTE, palette.data(), 0, KERR_BAD_PARAMETER},
+      {&source, 4, COLORRES_GIVEN_PALETTE, palette.data(), 17, KERR_BAD_PARAMETER},
+      {&source, 4, COLORRES_GIVEN_PALETTE, palette.data(), 16, KSUCCESS},
+  };
+  for (const auto& c : cases) {
+    TestBitmap result;
+    EXPECT_EQ(Zv_ColorResBitmap(c.source, &result, c.bits, c.options, c.palette, c.count), c.status)
+        << c.bits << " bits, options " << c.options << ", " << c.count << " colours";
+    EXPECT_EQ(result.allocated(), c.status == KSUCCESS);
+  }
+}
+
+TEST(ColorReduction, DescriptionCarriesOver) {
+  std::mt19937 random(234);
+  for (const bool inPlace : {false, true}) {
+    TestBitmap source(21, 6, 24), result;
+    ASSERT_TRUE(source.allocated());
+    fillWithNoise(source, random);
+    source.ViewPerspective = VIEW_TURNED_90;
+    source.XResolution = 301;
+    source.YResolution = 302;
+    source.DitheringMethod = 3;
+    source.Flags |= BMF_PLAYBACK_TRANSPARENT;
+    source.PlaybackLeft = 5;
+    source.PlaybackDelay = 70;
+    source.PlaybackTransparentColor = 0x102030;
+    BitmapHandle* destination = inPlace ? nullptr : &result;
+    ASSERT_EQ(Zv_ColorResBitmap(&source, destination, 8, COLORRES_FIXED_PALETTE, nullptr, 0), KSUCCESS);
+    const BitmapHandle& made = inPlace ? source : result;
+    EXPECT_EQ(source.BitsPerPixel, inPlace ? 8 : 24);
+    EXPECT_EQ(made.BitsPerPixel, 8);
+    EXPECT_EQ(made.Width, 21);
+    EXPECT_EQ(made.Height, 6);
+    EXPECT_EQ(made.ViewPerspective, VIEW_TURNED_90);
+    EXPECT_EQ(made.XResolution, 301);
+    EXPECT_EQ(made.YResolution, 302);
+    EXPECT_EQ(made.DitheringMethod, 3);
+    EXPECT_EQ(made.Flags & BMF_PLAYBACK_TRANSPARENT, unsigned{BMF_PLAYBACK_TRANSPARENT});
+    EXPECT_EQ(made.PlaybackLeft, 5);
+    EXPECT_EQ(made.PlaybackDelay, 70u);
+    EXPECT_EQ(made.PlaybackTransparentColor, 0x102030u);
+  }
+}
+
+// A palette index of a frame names the same colour in the copy.
+TEST(ColorReduction, PlaybackColorsFollowThePalette) {
+  TestBitmap source(4, 4, 4), result;
+  ASSERT_TRUE(source.allocated());
+  source.PlaybackBackground = 0x01000009;  // bright red in the fixed palette of 4 bits
+  ASSERT_EQ(Zv_ColorResBitmap(&source, &result, 3, COLORRES_FIXED_PALETTE, nullptr, 0), KSUCCESS);
+  EXPECT_EQ(result.PlaybackBackground, 0x01000004u);
+  TestBitmap direct;
+  ASSERT_EQ(Zv_ColorResBitmap(&source, &direct, 24, 0, nullptr, 0), KSUCCESS);
+  EXPECT_EQ(direct.PlaybackBackground, 0x0000FFu);
+}
+
+struct CallbackRecord {
+  std::vector<int> percents;
+  size_t stopAt = SIZE_MAX;
+} record;
+
+int ZAVO_CALL recordProgress(int percent) {
+  record.percents.push_back(percent);
+  return record.percents.size() > record.stopAt ? 77 : 1;
+}
+
+TEST(ColorReduction, CallbackIsToldAndObeyed) {
+  std::mt19937 random(235);
+  TestBitmap source(9, 4, 24);
+  ASSERT_TRUE(source.allocated());
+  fillWithNoise(source, random);
+  const Picture before = pictureOf(source);
+  Zv_SetStatusCallBack(recordProgress);
+  for (size_t stopAt = 0; stopAt < 5; ++stopAt) {
+    record = {.percents = {}, .stopAt = stopAt};
+    EXPECT_EQ(Zv_ColorResBitmap(&source, nullptr, 8, 0, nullptr, 0), 77);
+    EXPECT_EQ(source.BitsPerPixel, 24);
+    EXPECT_EQ(pictureOf(source), before);
+  }
+  record = {};
+  EXPECT_EQ(Zv_ColorResBitmap(&source, nullptr, 8, 0, nullptr, 0), KSUCCESS);
+  Zv_SetStatusCallBack(nullptr);
+  EXPECT_EQ(record.percents, (std::vector<int>{0, 25, 50, 75, 100}));
+}
+
+}  // namespace
