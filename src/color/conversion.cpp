@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "color/color_pixels.h"
+#include "core/module.h"
 #include "core/settings.h"
 #include "core/sizes.h"
 
@@ -59,8 +60,9 @@ void forEachChunk(unsigned width, bool fromTheEnd, Work work) {
 
 }  // namespace
 
-ColorRowFunction colorRowFunction(PixelSize source, PixelSize destination, bool swap) {
-  return plainColorRows.find(source, destination, swap);
+PixelRowFunction pixelRowFunction(PixelSize source, PixelSize destination, bool swap) {
+  const PixelRowFunction fast = cpuHasSsse3() ? ssse3PixelRows.find(source, destination, swap) : nullptr;
+  return fast != nullptr ? fast : plainPixelRows.find(source, destination, swap);
 }
 
 void RowConverter::copyRow(uint8_t* destination, const uint8_t* source, unsigned width) {
@@ -68,7 +70,7 @@ void RowConverter::copyRow(uint8_t* destination, const uint8_t* source, unsigned
 }
 
 void RowConverter::convertColors(uint8_t* destination, const uint8_t* source, unsigned width) {
-  colorRow_(destination, source, width);
+  pixelRow_(destination, source, width);
 }
 
 void RowConverter::mapIndexes(uint8_t* destination, const uint8_t* source, unsigned width) {
@@ -150,8 +152,8 @@ int RowConverter::prepare(int sourceDepth, int destinationDepth, int sourceOrder
   const bool swap = redFirst != toRedFirst;
 
   if (!isIndexDepth(sourceDepth) && !isIndexDepth(destinationDepth)) {
-    colorRow_ = colorRowFunction(pixelSize(sourceDepth), pixelSize(destinationDepth), swap);
-    run_ = colorRow_ != nullptr ? &RowConverter::convertColors : &RowConverter::copyRow;
+    pixelRow_ = pixelRowFunction(pixelSize(sourceDepth), pixelSize(destinationDepth), swap);
+    run_ = pixelRow_ != nullptr ? &RowConverter::convertColors : &RowConverter::copyRow;
     return KSUCCESS;
   }
   sourcePalette = paletteOf(sourceDepth, sourcePalette);

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "color/color_matcher.h"
-#include "color/color_rows.h"
+#include "color/pixel_rows.h"
 #include "core/packed_pixels.h"
 
 namespace zavo {
@@ -50,7 +50,7 @@ class RowConverter {
   RunFunction run_ = &RowConverter::copyRow;
   unsigned sourceBits_ = 8;
   unsigned destinationBits_ = 8;
-  ColorRowFunction colorRow_ = nullptr;
+  PixelRowFunction pixelRow_ = nullptr;
   UnpackFunction unpack_ = nullptr;
   PackFunction pack_ = nullptr;
   bool identity_ = false;

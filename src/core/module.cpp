@@ -16,6 +16,7 @@ struct Module {
   unsigned attachCount = 0;
   bool legacyHost = false;
   bool thunkRegistered = false;
+  bool hasSsse3 = false;
   DWORD settingsSlot = TLS_OUT_OF_INDEXES;
   HBRUSH frameBrushes[frameBrushCount] = {};
   UINT regionFormat = 0;
@@ -57,6 +58,8 @@ int createFrameBrushes() {
 bool attachProcess(HINSTANCE instance) {
   if (module.attachCount == 0) {
     module.legacyHost = detectLegacyHost();
+    __builtin_cpu_init();
+    module.hasSsse3 = __builtin_cpu_supports("ssse3") != 0;
     if (module.legacyHost) module.thunkRegistered = registerThunkCompanion(instance);
   }
   if (createThreadSettings(true) == nullptr) return false;
@@ -85,6 +88,10 @@ ThreadSettings& fallbackSettings() {
 
 bool isLegacyHost() {
   return module.legacyHost;
+}
+
+bool cpuHasSsse3() {
+  return module.hasSsse3;
 }
 
 DWORD settingsSlot() {

@@ -24,4 +24,7 @@ constexpr unsigned frameBrushCount = 8;
 // The clipboard format "VANTRIXOS 8.0 Region".
 [[nodiscard]] UINT regionClipboardFormat();
 
+// The processor has the SSSE3 instructions.
+[[nodiscard]] bool cpuHasSsse3();
+
 }  // namespace zavo

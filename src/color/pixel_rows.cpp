@@ -1,5 +1,5 @@
 // The plain row functions of colour pixels: one loop, instantiated for every pair of sizes.
-#include "color/color_rows.h"
+#include "color/pixel_rows.h"
 
 #include <type_traits>
 
@@ -40,13 +40,13 @@ void convertRow(uint8_t* destination, const uint8_t* source, unsigned width) {
 }
 
 template <typename Source, typename Destination>
-constexpr ColorRowFunction swapped = convertRow<Source, Destination, true>;
+constexpr PixelRowFunction swapped = convertRow<Source, Destination, true>;
 template <typename Source, typename Destination>
-constexpr ColorRowFunction straight = convertRow<Source, Destination, false>;
+constexpr PixelRowFunction straight = convertRow<Source, Destination, false>;
 
 }  // namespace
 
-constexpr ColorRowTable plainColorRows = {{
+constexpr PixelRowTable plainPixelRows = {{
     {{nullptr, nullptr},
      {straight<PixelGray, Pixel16>, straight<PixelGray, Pixel16>},
      {straight<PixelGray, Pixel24>, straight<PixelGray, Pixel24>},
