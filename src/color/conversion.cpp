@@ -58,6 +58,20 @@ void forEachChunk(unsigned width, bool fromTheEnd, Work work) {
   }
 }
 
+void replace(uint8_t* indexes, const uint8_t* map, unsigned count) {
+  for (unsigned i = 0; i < count; ++i) indexes[i] = map[indexes[i]];
+}
+
+template <typename Pixel>
+void storeColors(uint8_t* destination, const uint8_t* indexes, const uint8_t (*colorTable)[4], unsigned count) {
+  // A store of 4 bytes costs less than one of 3; what it writes too much is overwritten by the next pixel.
+  constexpr size_t storeBytes = Pixel::bytes == 3 ? 4 : Pixel::bytes;
+  for (unsigned i = 0; i + 1 < count; ++i, destination += Pixel::bytes) {
+    memcpy(destination, colorTable[indexes[i]], storeBytes);
+  }
+  memcpy(destination, colorTable[indexes[count - 1]], Pixel::bytes);
+}
+
 }  // namespace
 
 PixelRowFunction pixelRowFunction(PixelSize source, PixelSize destination, bool swap) {
@@ -74,32 +88,26 @@ void RowConverter::convertColors(uint8_t* destination, const uint8_t* source, un
 }
 
 void RowConverter::mapIndexes(uint8_t* destination, const uint8_t* source, unsigned width) {
-  forEachChunk(width, destinationBits_ > sourceBits_, [&](unsigned first, unsigned count) {
+  forEachChunk(width, destinationBits_ > sourceBits_, [=, this](unsigned first, unsigned count) {
     uint8_t indexes[chunkPixels];
     unpack_(indexes, source, first, count);
-    if (!identity_) {
-      for (unsigned i = 0; i < count; ++i) indexes[i] = map_[indexes[i]];
-    }
+    if (!identity_) replace(indexes, map_, count);
     pack_(destination, indexes, first, count);
   });
 }
 
 template <typename Pixel>
 void RowConverter::lookUpColors(uint8_t* destination, const uint8_t* source, unsigned width) {
-  forEachChunk(width, true, [&](unsigned first, unsigned count) {
+  forEachChunk(width, true, [=, this](unsigned first, unsigned count) {
     uint8_t indexes[chunkPixels];
     unpack_(indexes, source, first, count);
-    uint8_t* pixel = destination + size_t{first} * Pixel::bytes;
-    constexpr size_t storeBytes = Pixel::bytes == 3 ? 4 : Pixel::bytes;
-    // A store of 4 bytes costs less than one of 3; what it writes too much is overwritten by the next pixel.
-    for (unsigned i = 0; i + 1 < count; ++i, pixel += Pixel::bytes) memcpy(pixel, colorTable_[indexes[i]], storeBytes);
-    memcpy(pixel, colorTable_[indexes[count - 1]], Pixel::bytes);
+    storeColors<Pixel>(destination + size_t{first} * Pixel::bytes, indexes, colorTable_, count);
   });
 }
 
 template <typename Pixel, bool swap, bool byTable>
 void RowConverter::matchColors(uint8_t* destination, const uint8_t* source, unsigned width) {
-  forEachChunk(width, false, [&](unsigned first, unsigned count) {
+  forEachChunk(width, false, [=, this](unsigned first, unsigned count) {
     uint8_t indexes[chunkPixels];
     const uint8_t* pixel = source + size_t{first} * Pixel::bytes;
     for (unsigned i = 0; i < count; ++i, pixel += Pixel::bytes) {

@@ -54,8 +54,8 @@ class RowConverter {
   UnpackFunction unpack_ = nullptr;
   PackFunction pack_ = nullptr;
   bool identity_ = false;
-  uint8_t map_[256];            // destination index of a source index
-  uint8_t colorTable_[256][4];  // bytes of the destination pixel of a source index
+  uint8_t map_[256];                       // destination index of a source index
+  alignas(4) uint8_t colorTable_[256][4];  // bytes of the destination pixel of a source index
   ColorMatcher matcher_;
 };
 

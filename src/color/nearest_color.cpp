@@ -1,11 +1,10 @@
-// The nearest-colour search, which every reduction of colours rests on, and maps between palettes.
+// The nearest-colour search, which every reduction of colours rests on.
 #include <zavo.h>
 
 #include <algorithm>
 #include <climits>
-#include <cstring>
-#include <emmintrin.h>
 
+#include "color/color_distance.h"
 #include "color/palettes.h"
 
 namespace zavo {
@@ -13,23 +12,18 @@ namespace {
 
 constexpr unsigned noEntry = 0xFFFFFFFFu;
 
-// The order of a colour's channels as a number; decides between equally near entries.
-unsigned channelClass(unsigned red, unsigned green, unsigned blue) {
-  unsigned result = blue > red ? 4 : 0;
-  if (green < std::min(red, blue)) result |= 2;
-  if (green > std::max(red, blue)) result |= 1;
-  return result;
-}
-
 bool isColor(const RGBQUAD& entry, unsigned red, unsigned green, unsigned blue) {
   return entry.rgbRed == red && entry.rgbGreen == green && entry.rgbBlue == blue;
 }
+
+// Most entries measured at a time.
+constexpr unsigned blockEntries = 64;
 
 unsigned squaredDifference(unsigned a, unsigned b) {
   return squareTable[a > b ? a - b : b - a];
 }
 
-// The search while it walks: the best entry so far and its distance.
+// The best entry so far of a walk from the first entry to the last.
 struct Search {
   unsigned wantedClass;
   unsigned best = noEntry;
@@ -37,33 +31,31 @@ struct Search {
 
   void offer(unsigned index, const RGBQUAD& entry, int distance) {
     if (distance > bestDistance) return;
-    if (distance == bestDistance &&
-        (distance == 0 || channelClass(entry.rgbRed, entry.rgbGreen, entry.rgbBlue) != wantedClass)) {
-      return;
-    }
+    if (distance == bestDistance && (distance == 0 || channelClass(entry) != wantedClass)) return;
     best = index;
     bestDistance = distance;
   }
 };
 
-// Squared distances of four entries; `color` holds blue, green, red, 0 twice.
-__m128i distancesOfFour(const RGBQUAD* entries, __m128i color) {
-  const __m128i zero = _mm_setzero_si128();
-  const __m128i colorBytes = _mm_set1_epi32(0x00FFFFFF);
-  const __m128i bytes = _mm_and_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(entries)), colorBytes);
-  const __m128i low = _mm_sub_epi16(_mm_unpacklo_epi8(bytes, zero), color);
-  const __m128i high = _mm_sub_epi16(_mm_unpackhi_epi8(bytes, zero), color);
-  const __m128 lowSums = _mm_castsi128_ps(_mm_madd_epi16(low, low));  // blue + green, red, blue + green, red
-  const __m128 highSums = _mm_castsi128_ps(_mm_madd_epi16(high, high));
-  return _mm_add_epi32(_mm_castps_si128(_mm_shuffle_ps(lowSums, highSums, _MM_SHUFFLE(2, 0, 2, 0))),
-                       _mm_castps_si128(_mm_shuffle_ps(lowSums, highSums, _MM_SHUFFLE(3, 1, 3, 1))));
+// Squared distances of `count` entries, a multiple of 4; the smallest of them.
+int measure(__m128i* distances, const RGBQUAD* entries, unsigned count, __m128i color) {
+  __m128i smallest = _mm_set1_epi32(INT_MAX);
+  for (unsigned i = 0; i < count; i += 4) {
+    distances[i / 4] = distancesOfFour(entries + i, color);
+    smallest = smallerOf(smallest, distances[i / 4]);
+  }
+  return smallestOf(smallest);
 }
 
-bool isIdentity(const uint8_t* map, unsigned count) {
-  for (unsigned i = 0; i < count; ++i) {
-    if (map[i] != i) return false;
+// Offers the entries that are at `distance`; `first` is the index of the first one.
+void offerEqual(Search& search, const __m128i* distances, const RGBQUAD* entries, unsigned first, unsigned count,
+                int distance) {
+  for (unsigned i = 0; i < count; i += 4) {
+    auto hits = lanesEqual(distances[i / 4], distance);
+    for (unsigned k = i; hits != 0; ++k, hits >>= 1) {
+      if ((hits & 1) != 0) search.offer(first + k, entries[k], distance);
+    }
   }
-  return true;
 }
 
 }  // namespace
@@ -82,17 +74,16 @@ unsigned nearestIndex(const RGBQUAD* palette, unsigned count, unsigned red, unsi
     if (isColor(palette[0], 255, 255, 255)) return 0;
   }
 
+  // Only the nearest entries of a block can change the outcome of the walk, so the others are passed over.
   Search search{channelClass(red, green, blue)};
-  const auto r = static_cast<short>(red), g = static_cast<short>(green), b = static_cast<short>(blue);
-  const __m128i color = _mm_setr_epi16(b, g, r, 0, b, g, r, 0);
+  const __m128i color = distanceOperand(red, green, blue);
   unsigned i = 0;
-  for (; i + 4 <= count && search.bestDistance > 0; i += 4) {
-    const __m128i distances = distancesOfFour(palette + i, color);
-    const __m128i farther = _mm_cmpgt_epi32(distances, _mm_set1_epi32(search.bestDistance));
-    if (_mm_movemask_epi8(farther) == 0xFFFF) continue;
-    alignas(16) int values[4];
-    _mm_store_si128(reinterpret_cast<__m128i*>(values), distances);
-    for (unsigned k = 0; k < 4; ++k) search.offer(i + k, palette[i + k], values[k]);
+  while (count - i >= 4 && search.bestDistance > 0) {
+    __m128i distances[blockEntries / 4];
+    const unsigned measured = std::min(blockEntries, (count - i) & ~3u);
+    const int smallest = measure(distances, palette + i, measured, color);
+    if (smallest <= search.bestDistance) offerEqual(search, distances, palette + i, i, measured, smallest);
+    i += measured;
   }
   for (; i < count && search.bestDistance > 0; ++i) {
     const RGBQUAD& entry = palette[i];
@@ -101,28 +92,6 @@ unsigned nearestIndex(const RGBQUAD* palette, unsigned count, unsigned red, unsi
                                   squaredDifference(blue, entry.rgbBlue)));
   }
   return search.best;
-}
-
-bool buildPaletteMap(uint8_t map[256], const RGBQUAD* source, unsigned sourceCount, const RGBQUAD* destination,
-                     unsigned destinationCount) {
-  if (source == nullptr) sourceCount = 256;
-  sourceCount = std::min(sourceCount, 256u);
-  std::fill(map, map + 256, uint8_t{0});
-
-  const bool sameColors = source != nullptr && destination != nullptr && destinationCount >= sourceCount &&
-                          memcmp(source, destination, sourceCount * sizeof(RGBQUAD)) == 0;
-  if (sameColors || (source == nullptr && destination == nullptr)) {
-    for (unsigned i = 0; i < sourceCount; ++i) map[i] = static_cast<uint8_t>(i);
-    return true;
-  }
-  for (unsigned i = 0; i < sourceCount; ++i) {
-    const auto grayLevel = static_cast<uint8_t>(i);
-    const RGBQUAD color = source != nullptr ? source[i] : RGBQUAD{grayLevel, grayLevel, grayLevel, 0};
-    map[i] = destination == nullptr ? luminance(color.rgbRed, color.rgbGreen, color.rgbBlue)
-                                    : static_cast<uint8_t>(nearestIndex(destination, destinationCount, color.rgbRed,
-                                                                        color.rgbGreen, color.rgbBlue));
-  }
-  return isIdentity(map, sourceCount);
 }
 
 }  // namespace zavo
