@@ -284,7 +284,8 @@ ZAVO_API int ZAVO_CALL Zv_GrowBitmapHeap(BitmapHandle* bitmap, unsigned bytes);
  *
  * The bitmap must be locked or accessed (Zv_LockBitmap, Zv_AccessBitmap). For speed, these functions check neither
  * the storage flag nor the row, column and byte count against the bitmap: that is the caller's duty. Columns of
- * depths below 8 are rounded down to the byte that holds them; on run-length storage to a multiple of 8.
+ * depths below 8 are rounded down to the byte that holds them; on run-length storage to a multiple of 8, and there
+ * rows and columns are checked.
  * --------------------------------------------------------------------------------------------------------- */
 
 /**
@@ -294,8 +295,9 @@ ZAVO_API int ZAVO_CALL Zv_GrowBitmapHeap(BitmapHandle* bitmap, unsigned bytes);
  * @param buffer  receives `bytes` bytes
  * @param row     stored row, 0 to Height - 1
  * @param bytes   byte count
- * @return the bytes copied (fewer at the end of a temporary file); KERR_BAD_BITMAP for null; KERR_NO_MEMORY for a
- *         bitmap without storage; KERR_SEEK, KERR_READ from a temporary file
+ * @return the bytes copied (fewer at the end of a temporary file); KERR_BAD_BITMAP for null; KERR_BAD_PARAMETER for a
+ *         null buffer and, on run-length storage, for a row beyond the last; KERR_NO_MEMORY for a bitmap without
+ *         storage; KERR_SEEK, KERR_READ from a temporary file
  */
 ZAVO_API int ZAVO_CALL Zv_GetBitmapRow(BitmapHandle* bitmap, unsigned char* buffer, unsigned row, unsigned bytes);
 
@@ -313,8 +315,10 @@ ZAVO_API int ZAVO_CALL Zv_GetBitmapRowCol(BitmapHandle* bitmap, unsigned char* b
  * @param buffer  `bytes` bytes
  * @param row     stored row, 0 to Height - 1
  * @param bytes   byte count
- * @return the bytes written; KERR_BAD_BITMAP for null; KERR_NO_MEMORY for a bitmap without storage or when a run heap
- *         cannot hold the row; KERR_SEEK, KERR_WRITE from a temporary file
+ * @return the bytes written (on run-length storage fewer when the rows end); KERR_BAD_BITMAP for null;
+ *         KERR_BAD_PARAMETER for a null buffer and, on run-length storage, for a row beyond the last; KERR_NO_MEMORY
+ * for a bitmap without storage or when a run heap cannot hold the row, which is then unchanged; KERR_SEEK, KERR_WRITE
+ * from a temporary file
  */
 ZAVO_API int ZAVO_CALL Zv_PutBitmapRow(BitmapHandle* bitmap, const unsigned char* buffer, unsigned row, unsigned bytes);
 
@@ -351,6 +355,125 @@ ZAVO_API int ZAVO_CALL Zv_PointToBitmap(BitmapHandle* bitmap, int perspective, i
 ZAVO_API int ZAVO_CALL Zv_RectFromBitmap(BitmapHandle* bitmap, int perspective, RECT* rect);
 /** The reverse: carries a rectangle from the frame of `perspective` to the bitmap's own. */
 ZAVO_API int ZAVO_CALL Zv_RectToBitmap(BitmapHandle* bitmap, int perspective, RECT* rect);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Run-length rows
+ *
+ * A run record is a 1-bit row, or a piece of one, as runs of equal pixels: the number of runs n in 32 bits, then n run
+ * lengths of 16 bits, little-endian, without padding. Runs alternate in colour; the first is of 0 bits and may be
+ * empty, and the lengths add up to the pixels of the row or piece. Records of consecutive rows lie back to back in a
+ * run buffer. Buffers of records must lie at even addresses; a record takes at most 6 + 2 * pixels bytes.
+ *
+ * A run of more than 65535 pixels is written as several runs with empty runs of the other colour between them, so
+ * that a row may have any width. Records that are read may hold empty runs anywhere; pixels that the runs do not reach
+ * are 0, and what the runs have beyond the row or piece is ignored.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Encodes packed pixels.
+ * @param record      receives the record
+ * @param bits        packed pixels, most significant bit first
+ * @param startPixel  first pixel within the first byte; only its remainder by 8 is used
+ * @param count       pixels to encode
+ * @return count; KERR_BAD_PARAMETER for a null pointer
+ */
+ZAVO_API int ZAVO_CALL Zv_CompressRow(void* record, const unsigned char* bits, unsigned startPixel, unsigned count);
+
+/**
+ * Encodes packed rows that lie ((width + 31) / 32) * 4 bytes apart.
+ * @param buffer  receives `rows` consecutive records
+ * @param bits    the packed rows
+ * @param width   pixels in a row
+ * @param rows    number of rows, may be 0
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null pointer
+ */
+ZAVO_API int ZAVO_CALL Zv_CompressRows(void* buffer, const unsigned char* bits, unsigned width, unsigned rows);
+
+/**
+ * Decodes pixels of a record.
+ * @param record      the record
+ * @param bits        receives (count + 7) / 8 bytes; unused bits of the last are 0
+ * @param startPixel  first pixel of the record's row to decode; it becomes the first bit of `bits`
+ * @param count       pixels to decode
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null pointer
+ */
+ZAVO_API int ZAVO_CALL Zv_ExpandRow(const void* record, unsigned char* bits, unsigned startPixel, unsigned count);
+
+/**
+ * Decodes consecutive whole-row records into packed rows ((width + 31) / 32) * 4 bytes apart. Of each row only
+ * (width + 7) / 8 bytes are written.
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null pointer
+ */
+ZAVO_API int ZAVO_CALL Zv_ExpandRows(const void* buffer, unsigned char* bits, unsigned width, unsigned rows);
+
+/**
+ * Reads whole rows of a 1-bit bitmap as consecutive records; of run-length storage without unpacking them. A blank row
+ * is the one run Width.
+ * @param bitmap   an allocated bitmap of 1 bit, of any storage
+ * @param workRow  BytesPerLine bytes to work in, or null; needed for temporary files only and allocated if null
+ * @param buffer   receives the records
+ * @param row      first stored row
+ * @param rows     number of rows; cut to the bitmap, possibly to none
+ * @return KSUCCESS; KERR_BAD_BITMAP; KERR_BAD_BPP for a depth other than 1; KERR_BAD_PARAMETER for a null buffer;
+ *         KERR_NO_MEMORY; KERR_SEEK, KERR_READ from a temporary file, KERR_WRITE when it gave too few bytes
+ */
+ZAVO_API int ZAVO_CALL Zv_GetBitmapRowCompressed(BitmapHandle* bitmap, unsigned char* workRow, void* buffer,
+                                                 unsigned row, unsigned rows);
+
+/**
+ * Writes whole rows of a 1-bit bitmap from consecutive records; arguments as Zv_GetBitmapRowCompressed.
+ * @return KSUCCESS; KERR_BAD_BITMAP; KERR_BAD_BPP; KERR_BAD_PARAMETER for a null buffer; KERR_NO_MEMORY for a work row
+ *         or when the run heap cannot hold a row; KERR_SEEK, KERR_WRITE from a temporary file. Rows before the failed
+ *         one are written; in run-length storage the failed one is unchanged.
+ */
+ZAVO_API int ZAVO_CALL Zv_PutBitmapRowCompressed(BitmapHandle* bitmap, unsigned char* workRow, const void* buffer,
+                                                 unsigned row, unsigned rows);
+
+/**
+ * Reads a piece of a 1-bit bitmap as records: the rest of the first row, then whole rows, a record each, up to the
+ * bitmap's last row. In run-length storage a whole blank row wider than 32767 pixels is given as runs of at most that
+ * length.
+ * @param bitmap   an allocated bitmap of 1 bit, of any storage
+ * @param workRow  BytesPerLine bytes to work in, or null; needed for temporary files only and allocated if null
+ * @param buffer   receives the records
+ * @param row      stored row of the first pixel, 0 to Height - 1
+ * @param column   its column, 0 to Width - 1
+ * @param count    pixels in all
+ * @return KSUCCESS; KERR_BAD_BITMAP; KERR_BAD_BPP for a depth other than 1; KERR_BAD_PARAMETER for a null buffer and a
+ *         row or column outside the bitmap; KERR_NO_MEMORY; KERR_SEEK, KERR_READ, KERR_WRITE as
+ *         Zv_GetBitmapRowCompressed
+ */
+ZAVO_API int ZAVO_CALL Zv_GetBitmapRowColCompressed(BitmapHandle* bitmap, unsigned char* workRow, void* buffer,
+                                                    unsigned row, unsigned column, unsigned count);
+
+/**
+ * Writes a piece of a 1-bit bitmap from records; arguments as Zv_GetBitmapRowColCompressed. In run-length storage the
+ * pixels around the piece are kept. In other storage each record is decoded to whole bytes, written at the byte that
+ * holds its first pixel: the piece begins at a column rounded down to a multiple of 8, and the last byte's unused bits
+ * become 0.
+ * @return KSUCCESS for run-length storage, the number of bytes written for others; KERR_BAD_BITMAP; KERR_BAD_BPP;
+ *         KERR_BAD_PARAMETER for a null buffer and a row or column outside the bitmap; KERR_NO_MEMORY, KERR_SEEK,
+ *         KERR_WRITE as Zv_PutBitmapRowCompressed, with the same state after a failure
+ */
+ZAVO_API int ZAVO_CALL Zv_PutBitmapRowColCompressed(BitmapHandle* bitmap, unsigned char* workRow, const void* buffer,
+                                                    unsigned row, unsigned column, unsigned count);
+
+/**
+ * Mirrors every record of a run buffer left to right.
+ * @param source       `rows` consecutive records
+ * @param destination  receives the mirrored records, each up to a run longer or shorter than its source; must not
+ *                     overlap the source
+ * @param rows         number of records, may be 0
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null pointer
+ */
+ZAVO_API int ZAVO_CALL Zv_MirrorCompressedBuffer(const void* source, void* destination, unsigned rows);
+
+/**
+ * Copies the records of a run buffer in reverse order; arguments as Zv_MirrorCompressedBuffer. The destination takes as
+ * many bytes as the source.
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null pointer
+ */
+ZAVO_API int ZAVO_CALL Zv_FlipCompressedBuffer(const void* source, void* destination, unsigned rows);
 
 /* ------------------------------------------------------------------------------------------------------------
  * Copying and bitmap lists

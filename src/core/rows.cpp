@@ -109,6 +109,7 @@ int ZAVO_CALL Zv_GetBitmapRow(BitmapHandle* bitmap, unsigned char* buffer, unsig
 int ZAVO_CALL Zv_GetBitmapRowCol(BitmapHandle* bitmap, unsigned char* buffer, unsigned row, unsigned column,
                                  unsigned bytes) {
   if (bitmap == nullptr) return KERR_BAD_BITMAP;
+  if (buffer == nullptr) return KERR_BAD_PARAMETER;
   return readRow(*bitmap, buffer, row, column, bytes);
 }
 
@@ -119,5 +120,6 @@ int ZAVO_CALL Zv_PutBitmapRow(BitmapHandle* bitmap, const unsigned char* buffer,
 int ZAVO_CALL Zv_PutBitmapRowCol(BitmapHandle* bitmap, const unsigned char* buffer, unsigned row, unsigned column,
                                  unsigned bytes) {
   if (bitmap == nullptr) return KERR_BAD_BITMAP;
+  if (buffer == nullptr) return KERR_BAD_PARAMETER;
   return writeRow(*bitmap, buffer, row, column, bytes);
 }

@@ -1,0 +1,178 @@
+#include "support/row_storage_checks.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+#include "support/run_model.h"
+#include "support/test_bitmap.h"
+
+namespace zavotest {
+namespace {
+
+bool isFile(const BitmapHandle& bitmap) {
+  return (bitmap.Flags & BMF_DISK) != 0;
+}
+bool isRunLength(const BitmapHandle& bitmap) {
+  return (bitmap.Flags & BMF_RUNLENGTH) != 0;
+}
+
+// A bitmap locked for a check.
+struct LockedBitmap : TestBitmap {
+  LockedBitmap(int width, int height, int bits, int memoryType)
+      : TestBitmap(width, height, bits, memoryType), wasLocked(Zv_LockBitmap(this)) {}
+  ~LockedBitmap() { Zv_UnlockBitmap(this, wasLocked); }
+  int wasLocked;
+};
+
+Bytes noise(std::mt19937& random, size_t count) {
+  Bytes bytes(count);
+  for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random());
+  return bytes;
+}
+
+// Rows of a 1-bit bitmap as plain pixels.
+std::vector<Pixels> pixelsOf(BitmapHandle& bitmap) {
+  std::vector<Pixels> rows;
+  Bytes bits(bitmap.BytesPerLine);
+  for (unsigned row = 0; row < static_cast<unsigned>(bitmap.Height); ++row) {
+    EXPECT_EQ(Zv_GetBitmapRow(&bitmap, bits.data(), row, bitmap.BytesPerLine), static_cast<int>(bitmap.BytesPerLine));
+    rows.push_back(unpacked(bits.data(), static_cast<size_t>(bitmap.Width)));
+  }
+  return rows;
+}
+
+}  // namespace
+
+void checkRowAccess(int memoryType) {
+  std::mt19937 random(21);
+  for (const int bits : allDepths) {
+    for (const int width : {1, 2, 3, 7, 8, 9, 13, 33, 100}) {
+      SCOPED_TRACE(testing::Message() << bits << " bits, width " << width);
+      constexpr unsigned rows = 6;
+      LockedBitmap bitmap(width, rows, bits, memoryType);
+      ASSERT_TRUE(bitmap.allocated());
+      const unsigned stride = bitmap.BytesPerLine;
+      Bytes model(rows * stride);
+      // Global memory starts undefined.
+      ASSERT_EQ(Zv_PutBitmapRow(&bitmap, model.data(), 0, rows * stride), static_cast<int>(rows * stride));
+      for (int step = 0; step < 60; ++step) {
+        // Walks up and down as well as jumps, for the row cache.
+        const unsigned row = step % 3 == 0 ? random() % rows : (static_cast<unsigned>(bitmap.CachedRow) + 5) % rows;
+        const unsigned column = random() % static_cast<unsigned>(width);
+        const size_t position = row * stride + column * static_cast<unsigned>(bits) / 8;
+        const auto count =
+            static_cast<unsigned>(random() % std::min<size_t>(2 * stride + 2, model.size() - position + 1));
+        if (step % 2 == 0) {
+          const Bytes bytes = noise(random, count);
+          std::copy(bytes.begin(), bytes.end(), model.begin() + static_cast<ptrdiff_t>(position));
+          ASSERT_EQ(Zv_PutBitmapRowCol(&bitmap, count == 0 ? model.data() : bytes.data(), row, column, count),
+                    static_cast<int>(count));
+        } else {
+          Bytes expected(model.begin() + static_cast<ptrdiff_t>(position),
+                         model.begin() + static_cast<ptrdiff_t>(position + count));
+          expected.resize(count + 4, filler);
+          Bytes bytes(count + 4, filler);
+          ASSERT_EQ(Zv_GetBitmapRowCol(&bitmap, bytes.data(), row, column, count), static_cast<int>(count));
+          ASSERT_EQ(bytes, expected);
+        }
+        ASSERT_EQ(bitmap.CachedRow, static_cast<int>(row));
+        ASSERT_EQ(bitmap.CachedRowOffset, row * stride);
+      }
+      if (isFile(bitmap)) {
+        Bytes bytes(2 * stride);
+        const int done = Zv_GetBitmapRow(&bitmap, bytes.data(), rows - 1, 2 * stride);
+        EXPECT_GE(done, static_cast<int>(stride));
+        EXPECT_LT(done, static_cast<int>(2 * stride)) << "the file ends with the last row";
+      }
+    }
+  }
+}
+
+void checkCompressedRows(int memoryType) {
+  std::mt19937 random(22);
+  for (const int width : {1, 5, 8, 9, 31, 32, 33, 64, 100, 130}) {
+    constexpr unsigned rows = 4;
+    LockedBitmap bitmap(width, rows, 1, memoryType);
+    ASSERT_TRUE(bitmap.allocated());
+    const auto pixelCount = static_cast<size_t>(width);
+    std::vector<Pixels> model(rows, Pixels(pixelCount, false));
+    const Bytes blank(bitmap.BytesPerLine);
+    for (unsigned row = 0; row < rows; ++row) Zv_PutBitmapRow(&bitmap, blank.data(), row, bitmap.BytesPerLine);
+    Bytes workRow(bitmap.BytesPerLine);
+    for (int step = 0; step < 60; ++step) {
+      SCOPED_TRACE(testing::Message() << "width " << width << " step " << step);
+      uint8_t* work = step % 2 == 0 ? workRow.data() : nullptr;
+      unsigned row = static_cast<unsigned>(random() % rows);
+      if (step % 4 == 0) {
+        // Whole rows; more than there are.
+        Bytes records;
+        for (unsigned r = row; r < rows; ++r) {
+          model[r] = randomPixels(random, pixelCount);
+          const Bytes one = recordOf(model[r]);
+          append(records, one.data(), one.size());
+        }
+        ASSERT_EQ(Zv_PutBitmapRowCompressed(&bitmap, work, records.data(), row, rows + 2), KSUCCESS);
+      } else if (step % 4 == 1) {
+        Bytes expected;
+        for (unsigned r = row; r < rows; ++r) {
+          const Bytes one = recordOf(model[r]);
+          append(expected, one.data(), one.size());
+        }
+        Bytes records(expected.size());
+        ASSERT_EQ(Zv_GetBitmapRowCompressed(&bitmap, work, records.data(), row, rows), KSUCCESS);
+        ASSERT_EQ(records, expected);
+      } else {
+        // A piece, now and then going on in the next row.
+        const auto column = static_cast<unsigned>(random() % pixelCount);
+        auto count = static_cast<unsigned>(random() % (pixelCount - column + 1));
+        if (step % 5 == 0 && row + 1 < rows) count = static_cast<unsigned>(pixelCount - column + random() % pixelCount);
+        const unsigned firstCount = std::min(count, static_cast<unsigned>(pixelCount) - column);
+        const unsigned secondCount = count - firstCount;
+        if (step % 4 == 2) {
+          const Pixels first = randomPixels(random, firstCount), second = randomPixels(random, secondCount);
+          Bytes records = recordOf(first);
+          if (secondCount > 0) {
+            const Bytes one = recordOf(second);
+            append(records, one.data(), one.size());
+          }
+          const auto place = [&](Pixels& target, unsigned start, const Pixels& piece) {
+            size_t covered = piece.size();
+            if (!isRunLength(bitmap)) {
+              // Whole bytes are written, from a rounded column on, the unused bits as zeros.
+              start = start / 8 * 8;
+              covered = (covered + 7) / 8 * 8;
+            }
+            for (size_t i = 0; i < covered && start + i < target.size(); ++i) {
+              target[start + i] = i < piece.size() && piece[i];
+            }
+          };
+          place(model[row], column, first);
+          if (secondCount > 0) place(model[row + 1], 0, second);
+          const unsigned bytes = (firstCount + 7) / 8 + (secondCount + 7) / 8;
+          ASSERT_EQ(Zv_PutBitmapRowColCompressed(&bitmap, work, records.data(), row, column, count),
+                    isRunLength(bitmap) ? KSUCCESS : static_cast<int>(bytes));
+        } else if (count > 0) {
+          Bytes expected = recordOf(part(model[row], column, firstCount));
+          if (secondCount > 0) {
+            const Bytes one = recordOf(part(model[row + 1], 0, secondCount));
+            append(expected, one.data(), one.size());
+          }
+          expected.resize(expected.size() + 4, filler);
+          Bytes records(expected.size(), filler);
+          ASSERT_EQ(Zv_GetBitmapRowColCompressed(&bitmap, work, records.data(), row, column, count), KSUCCESS);
+          ASSERT_EQ(records, expected);
+        }
+      }
+      ASSERT_EQ(pixelsOf(bitmap), model);
+    }
+    uint8_t record[1000] = {};
+    EXPECT_EQ(Zv_GetBitmapRowColCompressed(&bitmap, nullptr, record, 0, static_cast<unsigned>(width), 1),
+              KERR_BAD_PARAMETER);
+    EXPECT_EQ(Zv_PutBitmapRowColCompressed(&bitmap, nullptr, record, 0, static_cast<unsigned>(width), 1),
+              KERR_BAD_PARAMETER);
+    EXPECT_EQ(Zv_GetBitmapRowCompressed(&bitmap, nullptr, record, rows, 1), KSUCCESS);
+    EXPECT_EQ(Zv_PutBitmapRowCompressed(&bitmap, nullptr, record, rows + 7, 1), KSUCCESS);
+  }
+}
+
+}  // namespace zavotest
