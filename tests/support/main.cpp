@@ -1,9 +1,12 @@
-// Entry point of every test executable.
+// Entry point of every test executable. With --guard_pages all tests run in guarded memory (support/guard_pages.h).
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <optional>
 #include <windows.h>
 
+#include "support/guard_pages.h"
 #include "support/platform_watch.h"
 
 namespace {
@@ -32,5 +35,7 @@ int main(int argc, char** argv) {
   SetUnhandledExceptionFilter(reportCrash);
   testing::InitGoogleTest(&argc, argv);
   zavotest::startPlatformWatch();
+  std::optional<zavotest::GuardPages> guard;
+  if (argc > 1 && strcmp(argv[1], "--guard_pages") == 0) guard.emplace();
   return RUN_ALL_TESTS();
 }

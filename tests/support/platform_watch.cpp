@@ -196,6 +196,9 @@ const Watched watchedFunctions[] = {
     watch<"GlobalReAlloc", decltype(&GlobalReAlloc), Effect{Action::resize, Kind::memory, 0, 0}>(),
     watch<"GlobalFree", decltype(&GlobalFree), gives(Kind::memory)>(),
     watch<"GlobalLock", decltype(&GlobalLock), fails(0)>(),
+    watch<"GlobalUnlock", decltype(&GlobalUnlock), Effect{}>(),
+    watch<"GlobalHandle", decltype(&GlobalHandle), fails(0)>(),
+    watch<"GlobalSize", decltype(&GlobalSize), fails(0)>(),
     watch<"CreateFileMappingA", decltype(&CreateFileMappingA), takes(Kind::kernelObject)>(),
     watch<"MapViewOfFile", decltype(&MapViewOfFile), takes(Kind::view)>(),
     watch<"UnmapViewOfFile", decltype(&UnmapViewOfFile), gives(Kind::view)>(),
@@ -331,14 +334,18 @@ void forgetOutstanding() {
   BalanceOfEachTest::ledger = Ledger();
 }
 
+void* exchangeWatched(const std::string& function, void* replacement) {
+  return isWatched(function) ? std::exchange(*findWatched(function)->next, replacement) : nullptr;
+}
+
 void startPlatformWatch() {
   const HMODULE program = GetModuleHandleA(nullptr);
   for (const Watched& watched : watchedFunctions) {
-    // Both sides call the same function of the system, so either entry tells where it is.
+    // Both sides call the same function of the platform, so either entry tells where it is.
     if (void** slot = importSlot(library(), watched.name)) *watched.next = exchangeImport(slot, watched.fromLibrary);
     const bool anothersBusiness = watched.effect.kind == Kind::tlsSlot || watched.effect.kind == Kind::module ||
                                   watched.effect.action == Action::lookUp;
-    if (anothersBusiness || watched.effect.action == Action::use) continue;
+    if (anothersBusiness) continue;
     if (void** slot = importSlot(program, watched.name)) *watched.next = exchangeImport(slot, watched.fromProgram);
   }
   testing::UnitTest::GetInstance()->listeners().Append(new BalanceOfEachTest);
