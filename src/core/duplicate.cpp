@@ -10,8 +10,8 @@
 #include "core/memory.h"
 #include "core/owners.h"
 #include "core/region_services.h"
-#include "core/row_table.h"
 #include "core/rows.h"
+#include "core/run_rows.h"
 #include "core/status.h"
 
 namespace zavo {
@@ -41,32 +41,14 @@ int attachToDuplicate(BitmapHandle& duplicate, BitmapHandle& source, unsigned fl
 
 // --- Pixels
 
-// Gives a row of a run-length bitmap the runs of another bitmap's row.
-bool copyRunRow(RowTable& destination, const RowTable& source, unsigned row) {
-  const RowTableEntry& from = source.rows[row];
-  RowTableEntry& to = destination.rows[row];
-  if (from.block == 0) {
-    if (to.block != 0) freeRunBlock(destination.heap, to.block);
-    to.block = 0;
-    return true;
-  }
-  const uint32_t bytes = from.entries * 2;
-  const uint32_t block =
-      to.block == 0 ? allocateRunBlock(destination.heap, bytes) : reallocateRunBlock(destination.heap, to.block, bytes);
-  if (block == 0) return false;
-  memcpy(runBlockPayload(destination.heap, block), runBlockPayload(source.heap, from.block), bytes);
-  to = {.block = block, .entries = from.entries};
-  return true;
-}
-
+// A row that is blank on either side stays without a heap block.
 int copyRunRows(BitmapHandle& destination, const BitmapHandle& source, unsigned rows) {
-  RowTable& table = rowTable(destination);
-  int status = KSUCCESS;
-  for (unsigned row = 0; row < rows && status == KSUCCESS; ++row) {
-    if (!copyRunRow(table, rowTable(source), row)) status = KERR_NO_MEMORY;
+  for (unsigned row = 0; row < rows; ++row) {
+    const RunSpan runs = runRow(source, row);
+    if (runs.empty() && runRow(destination, row).empty()) continue;
+    if (const int status = putRunRow(destination, row, runs); status != KSUCCESS) return status;
   }
-  destination.DataSize = table.heap->totalBytes;
-  return status;
+  return KSUCCESS;
 }
 
 // Rows that cannot be read or written are passed over, as callers expect of this copy.

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
+#include "support/refusals.h"
 #include "support/test_bitmap.h"
 
 namespace {
@@ -105,6 +106,48 @@ TEST(BitmapList, CopiesItemsWithTheirPixels) {
   EXPECT_EQ(Zv_CopyBitmapListItems(&none, copy, 0, 4), KERR_BAD_PARAMETER);
   EXPECT_EQ(none, copy) << "written in spite of the failure";
   EXPECT_EQ(Zv_DestroyBitmapList(copy), KSUCCESS);
+}
+
+TEST(BitmapList, RefusedMemoryLeavesTheListAsItWas) {
+  refuseEachResource({}, [](RefusalRound& round) {
+    BitmapListHandle list = nullptr;
+    round.run([&] { return Zv_CreateBitmapList(&list); });
+    if (list != nullptr) {
+      EXPECT_EQ(Zv_DestroyBitmapList(list), KSUCCESS);
+    }
+  });
+  for (const unsigned count : {0u, 3u}) {
+    SCOPED_TRACE(testing::Message() << count << " items");
+    refuseEachResource({}, [&](RefusalRound& round) {
+      BitmapListHandle list = nullptr;
+      ASSERT_EQ(Zv_CreateBitmapList(&list), KSUCCESS);
+      std::vector<unsigned> model;
+      for (unsigned number = 1; number <= count; ++number) {
+        const BitmapHandle item = marked(number);
+        ASSERT_EQ(Zv_InsertBitmapListItem(list, number, &item), KSUCCESS);
+        model.push_back(number);
+      }
+      const BitmapHandle item = marked(9);
+      if (round.run([&] { return Zv_InsertBitmapListItem(list, 0, &item); }) == KSUCCESS)
+        model.insert(model.begin(), 9);
+      EXPECT_EQ(marksOf(list), model);
+      EXPECT_EQ(Zv_DestroyBitmapList(list), KSUCCESS);
+    });
+  }
+  refuseEachResource({.leastPoints = 8}, [](RefusalRound& round) {
+    BitmapListHandle list = nullptr;
+    ASSERT_EQ(Zv_CreateBitmapList(&list), KSUCCESS);
+    for (int number = 0; number < 2; ++number) {
+      BitmapHandle item;
+      ASSERT_EQ(Zv_CreateBitmap(&item, ALLOC_MEMORY, 5, 5, 8, 0, nullptr, VIEW_UPRIGHT), KSUCCESS);
+      ASSERT_EQ(Zv_InsertBitmapListItem(list, 0, &item), KSUCCESS);
+    }
+    BitmapListHandle copy = nullptr;
+    if (round.run([&] { return Zv_CopyBitmapListItems(&copy, list, 0, 2); }) == KSUCCESS) {
+      EXPECT_EQ(Zv_DestroyBitmapList(copy), KSUCCESS);
+    }
+    EXPECT_EQ(Zv_DestroyBitmapList(list), KSUCCESS);
+  });
 }
 
 TEST(BitmapList, ChecksItsArguments) {

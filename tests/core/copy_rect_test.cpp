@@ -5,6 +5,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
+#include "support/refusals.h"
 #include "support/test_bitmap.h"
 
 namespace {
@@ -29,7 +30,8 @@ TEST(CopyBitmapRect, MatchesThePixelsAtAnyDepthAndPlace) {
   const auto between = [&](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
   for (const int bits : allDepths) {
     for (int number = 0; number < 300; ++number) {
-      TestBitmap source(between(1, 70), between(1, 6), bits);
+      const int memoryType = number % 3 == 0 ? ALLOC_MEMORY | ALLOC_RUNLENGTH : ALLOC_MEMORY;
+      TestBitmap source(between(1, 70), between(1, 6), bits, memoryType);
       ASSERT_TRUE(source.allocated());
       fillWithNoise(source, random);
       const int left = between(-20, source.Width + 3);
@@ -92,6 +94,20 @@ TEST(CopyBitmapRect, SidesBeyondTheSignedRange) {
   // 2147483640 + 10 wraps in 32 bits; the rectangle still begins right of the image.
   EXPECT_EQ(Zv_CopyBitmapRect(&copy, &source, 2147483640, 0, 10, 1), KSUCCESS);
   EXPECT_FALSE(copy.allocated());
+}
+
+TEST(CopyBitmapRect, SurvivesEveryRefusal) {
+  for (const int memoryType : {ALLOC_MEMORY + 0, ALLOC_MEMORY | ALLOC_RUNLENGTH}) {
+    for (const bool inPlace : {false, true}) {
+      SCOPED_TRACE(testing::Message() << "memory type " << memoryType << ", in place " << inPlace);
+      refuseEachResource({.survived = {"GlobalReAlloc"}, .leastPoints = 3}, [&](RefusalRound& round) {
+        TestBitmap source(50, 20, 1, memoryType);
+        round.keeps(source);
+        TestBitmap copy;
+        round.run([&] { return Zv_CopyBitmapRect(inPlace ? nullptr : &copy, &source, 3, -1, 40, 10); });
+      });
+    }
+  }
 }
 
 TEST(TrimBitmap, KeepsThePartInside) {

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
+#include "support/refusals.h"
 #include "support/test_bitmap.h"
 
 namespace {
@@ -138,6 +139,48 @@ TEST(CopyBitmap, ChecksItsArguments) {
   EXPECT_EQ(Zv_CopyBitmapData(&empty, &source), KERR_BAD_BITMAP);
   EXPECT_EQ(Zv_CopyBitmapData(&source, &empty), KERR_BAD_BITMAP);
   EXPECT_EQ(Zv_CopyBitmapData(&source, &source), KSUCCESS);
+}
+
+TEST(CopyBitmap, RunLengthRowsStayRunLengthRows) {
+  std::mt19937 random(1607);
+  for (const int width : {1, 31, 200}) {
+    SCOPED_TRACE(testing::Message() << "width " << width);
+    TestBitmap source(width, 12, 1, ALLOC_MEMORY | ALLOC_RUNLENGTH);
+    TestBitmap packed(width, 12, 1);
+    fillWithNoise(packed, random);
+    // From packed rows into runs and back; rows 3 and 4 of the run-length bitmap are then new, that is blank.
+    ASSERT_EQ(Zv_CopyBitmapData(&source, &packed), KSUCCESS);
+    ASSERT_EQ(Zv_ChangeBitmapHeight(&source, 3), KSUCCESS);
+    ASSERT_EQ(Zv_ChangeBitmapHeight(&source, 5), KSUCCESS);
+    const Picture picture = pictureOf(source);
+    TestBitmap copy;
+    ASSERT_EQ(Zv_CopyBitmap(&copy, &source), KSUCCESS);
+    EXPECT_NE(copy.Flags & BMF_RUNLENGTH, 0u);
+    EXPECT_TRUE(pictureOf(copy) == picture);
+    EXPECT_LT(copy.DataSize, source.DataSize) << "the copy's heap is trimmed";
+
+    // Into rows that hold something already, blank rows included.
+    TestBitmap used(width, 5, 1, ALLOC_MEMORY | ALLOC_RUNLENGTH);
+    fillWithNoise(used, random);
+    ASSERT_EQ(Zv_CopyBitmapData(&used, &source), KSUCCESS);
+    EXPECT_TRUE(pictureOf(used) == picture);
+    ASSERT_EQ(Zv_CopyBitmapData(&packed, &source), KSUCCESS);
+    for (int x = 0; x < width; ++x) ASSERT_EQ(pictureOf(packed).at(x, 4), 0u);
+  }
+}
+
+TEST(CopyBitmap, SurvivesEveryRefusal) {
+  std::mt19937 random(1608);
+  for (const int memoryType : {ALLOC_MEMORY + 0, ALLOC_MEMORY | ALLOC_RUNLENGTH}) {
+    SCOPED_TRACE(testing::Message() << "memory type " << memoryType);
+    refuseEachResource({.survived = {"GlobalReAlloc"}, .leastPoints = 3}, [&](RefusalRound& round) {
+      TestBitmap source(500, 20, 1, memoryType);
+      fillWithNoise(source, random);
+      round.keeps(source);
+      TestBitmap copy;
+      round.run([&] { return Zv_CopyBitmap(&copy, &source); });
+    });
+  }
 }
 
 // Layouts that differ are the caller's mistake, but no reason to leave either image.
