@@ -329,6 +329,25 @@ ZAVO_API int ZAVO_CALL Zv_PutBitmapRow(BitmapHandle* bitmap, const unsigned char
 ZAVO_API int ZAVO_CALL Zv_PutBitmapRowCol(BitmapHandle* bitmap, const unsigned char* buffer, unsigned row,
                                           unsigned column, unsigned bytes);
 
+/**
+ * Writes those pixels of a stored row that lie in a list of segments, and no others.
+ * @param bitmap        the bitmap
+ * @param buffer        pixels in the bitmap's layout, from column 0 on, up to the last segment's end
+ * @param row           stored row, 0 to Height - 1
+ * @param columnOffset  added to a segment's columns for the place in the bitmap; `buffer` is read at the columns
+ *                      themselves
+ * @param segments      column numbers in pairs of start and end, the end exclusive, in increasing order
+ * @param count         column numbers in the list, twice the number of segments; may be 0
+ * @param keepAlpha     not 0: the alpha of stored pixels of 16 and 32 bits is kept
+ * @return KSUCCESS; KERR_BAD_BITMAP for null; KERR_BAD_PARAMETER for a null buffer or list and, on run-length storage,
+ *         for a row beyond the last; KERR_NO_MEMORY for a bitmap without storage or when a run heap cannot hold the
+ *         row, which is then unchanged; KERR_SEEK, KERR_READ, KERR_WRITE from a temporary file, with part of the
+ *         segments written
+ */
+ZAVO_API int ZAVO_CALL Zv_PutBitmapRowSegments(BitmapHandle* bitmap, const unsigned char* buffer, unsigned row,
+                                               unsigned columnOffset, const unsigned* segments, unsigned count,
+                                               int keepAlpha);
+
 /* ------------------------------------------------------------------------------------------------------------
  * View perspective
  *

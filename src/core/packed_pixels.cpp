@@ -116,6 +116,42 @@ struct PixelPlace {
   unsigned shift;
 };
 
+// Replaces the bits of `mask` by those of `value`.
+void mergeByte(uint8_t& byte, unsigned value, unsigned mask) {
+  byte = static_cast<uint8_t>((byte & ~mask) | (value & mask));
+}
+
+// The bits of a byte from `start` on.
+unsigned bitsFrom(unsigned start) {
+  return 0xFFu >> start;
+}
+// The bits of a byte before `end`.
+unsigned bitsBefore(unsigned end) {
+  return 0xFF00u >> end & 0xFF;
+}
+
+// Up to 8 bits from bit `start`, 0 to 7, on, moved to the top of a byte; no byte without any of them is read.
+unsigned topBits(const uint8_t* source, unsigned start, unsigned count) {
+  unsigned pair = source[0] * 256u;
+  if (start + count > 8) pair |= source[1];
+  return pair << start >> 8 & 0xFF;
+}
+
+// Both places are at bit `start` of their bytes.
+void copyAlignedBits(uint8_t* target, const uint8_t* source, unsigned start, uint64_t count) {
+  const uint64_t end = start + count;
+  const auto wholeEnd = static_cast<size_t>(end / 8);
+  const unsigned tailMask = bitsBefore(end % 8);
+  size_t at = 0;
+  if (start != 0) {
+    mergeByte(*target, *source, bitsFrom(start) & (wholeEnd == 0 ? tailMask : 0xFF));
+    if (wholeEnd == 0) return;
+    at = 1;
+  }
+  memcpy(target + at, source + at, wholeEnd - at);
+  if (tailMask != 0) mergeByte(target[wholeEnd], source[wholeEnd], tailMask);
+}
+
 }  // namespace
 
 UnpackFunction unpackFunction(int bitsPerPixel) {
@@ -143,6 +179,34 @@ void setPackedPixel(uint8_t* packed, unsigned pixel, unsigned bitsPerPixel, unsi
   uint8_t* bytes = packed + place.byte;
   bytes[0] = static_cast<uint8_t>((bytes[0] & ~(mask >> 8)) | value >> 8);
   if (!place.inOneByte()) bytes[1] = static_cast<uint8_t>((bytes[1] & ~mask) | value);
+}
+
+void copyBits(uint8_t* target, uint64_t targetBit, const uint8_t* source, uint64_t sourceBit, uint64_t count) {
+  if (count == 0) return;
+  target += targetBit / 8;
+  source += sourceBit / 8;
+  const unsigned to = targetBit % 8;
+  unsigned from = sourceBit % 8;
+  if (to == from) {
+    copyAlignedBits(target, source, from, count);
+    return;
+  }
+  if (to != 0) {
+    const auto head = static_cast<unsigned>(std::min<uint64_t>(8 - to, count));
+    mergeByte(*target++, topBits(source, from, head) >> to, bitsFrom(to) & bitsBefore(to + head));
+    source += (from + head) / 8;
+    from = (from + head) % 8;
+    count -= head;
+  }
+  // The places differ, so that a whole target byte always takes bits of two source bytes.
+  for (; count >= 32; count -= 32, target += 4, source += 4) {
+    storeWord(target, loadWord(source) << from | source[4] >> (8 - from));
+  }
+  for (; count >= 8; count -= 8) *target++ = static_cast<uint8_t>(topBits(source++, from, 8));
+  if (count > 0) {
+    const auto tail = static_cast<unsigned>(count);
+    mergeByte(*target, topBits(source, from, tail), bitsBefore(tail));
+  }
 }
 
 void shiftBitsLeft(uint8_t* packed, unsigned bytes, unsigned shift) {

@@ -20,6 +20,10 @@ using PackFunction = void (*)(uint8_t* packed, const uint8_t* indexes, unsigned 
 [[nodiscard]] unsigned packedPixel(const uint8_t* packed, unsigned pixel, unsigned bitsPerPixel);
 void setPackedPixel(uint8_t* packed, unsigned pixel, unsigned bitsPerPixel, unsigned index);
 
+// Copies bits between packed rows. Places count from the first bit at either address; the bits around the copy are
+// kept. The two must not overlap.
+void copyBits(uint8_t* target, uint64_t targetBit, const uint8_t* source, uint64_t sourceBit, uint64_t count);
+
 // Moves the content of `bytes` bytes towards the first bit by `shift` bits, 0 to 7; zeros come in at the end.
 void shiftBitsLeft(uint8_t* packed, unsigned bytes, unsigned shift);
 // Moves it towards the last bit; the first byte's vacated bits become zero.

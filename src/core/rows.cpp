@@ -5,13 +5,10 @@
 
 #include "core/run_rows.h"
 #include "core/sizes.h"
+#include "core/storage.h"
 
 namespace zavo {
 namespace {
-
-int fileHandle(const BitmapHandle& bitmap) {
-  return static_cast<int>(reinterpret_cast<intptr_t>(bitmap.StorageHandle));
-}
 
 // Where a row piece begins, in bytes from the start of the pixels.
 unsigned locatePiece(BitmapHandle& bitmap, unsigned row, unsigned column) {

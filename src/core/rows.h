@@ -84,4 +84,8 @@ unsigned locateRow(BitmapHandle& bitmap, unsigned row);
 int readRow(BitmapHandle& bitmap, uint8_t* buffer, unsigned row, unsigned column, unsigned bytes);
 int writeRow(BitmapHandle& bitmap, const uint8_t* buffer, unsigned row, unsigned column, unsigned bytes);
 
+// Writes the pixels of a row that lie in a list of segments; see Zv_PutBitmapRowSegments.
+int writeRowSegments(BitmapHandle& bitmap, const uint8_t* buffer, unsigned row, unsigned columnOffset,
+                     const unsigned* segments, unsigned count, bool keepAlpha);
+
 }  // namespace zavo

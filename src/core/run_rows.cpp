@@ -106,6 +106,7 @@ int putRunRowPiece(BitmapHandle& bitmap, unsigned row, unsigned column, RunSpan 
 
 int putRunRowSegments(BitmapHandle& bitmap, const uint8_t* bits, unsigned row, unsigned columnOffset,
                       const unsigned* segments, unsigned count) {
+  if (!isInside(bitmap, row, 0)) return KERR_BAD_PARAMETER;
   const unsigned width = widthOf(bitmap);
   const RunSpan stored = runRow(bitmap, row);
   RunBuilder builder(scratchOf(bitmap));

@@ -21,10 +21,6 @@ constexpr int allocRunLengthRows = ALLOC_RUNLENGTH | ALLOC_MEMORY_ONLY;
 constexpr unsigned globalMemorySlack = 16;  // past the pixels of a new block, on purpose
 constexpr unsigned tempNameBytes = 260;
 
-int fileHandle(const BitmapHandle& bitmap) {
-  return static_cast<int>(reinterpret_cast<intptr_t>(bitmap.StorageHandle));
-}
-
 char* filePath(const BitmapHandle& bitmap) {
   return reinterpret_cast<char*>(bitmap.Data);
 }

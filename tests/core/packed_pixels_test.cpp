@@ -87,6 +87,23 @@ TEST_P(PackedPixels, SinglePixels) {
 
 INSTANTIATE_TEST_SUITE_P(Depths, PackedPixels, testing::Range(1u, 9u));
 
+TEST(CopyBits, KeepsTheBitsAround) {
+  std::mt19937 random(8);
+  for (unsigned to = 0; to < 17; ++to) {
+    for (unsigned from = 0; from < 9; ++from) {
+      for (unsigned count = 0; count <= 100; ++count) {
+        SCOPED_TRACE(testing::Message() << count << " bits from " << from << " to " << to);
+        const Bytes source = randomBytes(random, (from + count + 7) / 8);
+        Bytes target = randomBytes(random, (to + count + 7) / 8 + 2);
+        Bytes expected = target;
+        for (unsigned i = 0; i < count; ++i) setModelPixel(expected, to + i, 1, modelPixel(source, from + i, 1));
+        copyBits(target.data(), to, source.data(), from, count);
+        ASSERT_EQ(target, expected);
+      }
+    }
+  }
+}
+
 TEST(ShiftBits, MovesEveryBit) {
   std::mt19937 random(7);
   for (unsigned bytes = 0; bytes <= 20; ++bytes) {

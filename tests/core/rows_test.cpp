@@ -23,6 +23,55 @@ TEST(Rows, RunLengthCompressed) {
   checkCompressedRows(runLength);
 }
 
+TEST(Rows, SectionSegments) {
+  checkSegments(ALLOC_MEMORY);
+}
+TEST(Rows, RunLengthSegments) {
+  checkSegments(runLength);
+}
+
+TEST(Rows, SegmentExamples) {
+  TestBitmap bitonal(8, 1, 1), deep(1, 1, 16);
+  const uint8_t ones = 0xFF;
+  const unsigned bits[] = {3, 5};
+  EXPECT_EQ(Zv_PutBitmapRowSegments(&bitonal, &ones, 0, 0, bits, 2, 0), KSUCCESS);
+  EXPECT_EQ(bitonal.Data[0], 0x18);
+  const unsigned whole[] = {0, 1};
+  const uint8_t alpha[] = {0x00, 0x80}, color[] = {0x34, 0x12};
+  EXPECT_EQ(Zv_PutBitmapRow(&deep, alpha, 0, 2), 2);
+  EXPECT_EQ(Zv_PutBitmapRowSegments(&deep, color, 0, 0, whole, 2, 1), KSUCCESS);
+  EXPECT_EQ(deep.Data[0], 0x34);
+  EXPECT_EQ(deep.Data[1], 0x92);
+}
+
+TEST(Rows, SegmentsOfNothing) {
+  for (const int memoryType : {int{ALLOC_MEMORY}, runLength}) {
+    TestBitmap bitmap(20, 2, 1, memoryType);
+    const uint8_t ones[4] = {0xFF, 0xFF, 0xFF, 0xFF};
+    const unsigned empty[] = {5, 5, 7, 6};
+    EXPECT_EQ(Zv_PutBitmapRowSegments(&bitmap, ones, 0, 0, empty, 4, 0), KSUCCESS);
+    EXPECT_EQ(Zv_PutBitmapRowSegments(&bitmap, nullptr, 0, 0, nullptr, 0, 0), KSUCCESS);
+    EXPECT_EQ(pictureOf(bitmap), Picture(20, 2));
+    EXPECT_EQ(Zv_PutBitmapRowSegments(&bitmap, nullptr, 0, 0, empty, 4, 0), KERR_BAD_PARAMETER);
+    EXPECT_EQ(Zv_PutBitmapRowSegments(nullptr, ones, 0, 0, empty, 4, 0), KERR_BAD_BITMAP);
+  }
+  TestBitmap none;
+  const uint8_t byte = 0;
+  const unsigned whole[] = {0, 1};
+  EXPECT_EQ(Zv_PutBitmapRowSegments(&none, &byte, 0, 0, whole, 2, 0), KERR_NO_MEMORY);
+}
+
+TEST(RunLengthRows, SegmentsBeyondTheRowAreCut) {
+  TestBitmap bitmap(20, 1, 1, runLength);
+  const uint8_t ones[] = {0xFF, 0xFF, 0xFF, 0xFF};
+  const unsigned wild[] = {4, 8, 6, 10, 2, 3, 15, 32, 0xFFFFFFFF, 0, 3, 0xFFFFFFFF};
+  EXPECT_EQ(Zv_PutBitmapRowSegments(&bitmap, ones, 0, 0, wild, 10, 0), KSUCCESS);
+  Bytes stored(record({4, 6, 5, 5}).size());
+  EXPECT_EQ(Zv_GetBitmapRowCompressed(&bitmap, nullptr, stored.data(), 0, 1), KSUCCESS);
+  EXPECT_EQ(stored, record({4, 6, 5, 5}));
+  EXPECT_EQ(Zv_PutBitmapRowSegments(&bitmap, ones, 1, 0, wild, 2, 0), KERR_BAD_PARAMETER);
+}
+
 TEST(Rows, ColumnsRoundDownToBytes) {
   const struct {
     int bits;
