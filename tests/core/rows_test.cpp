@@ -1,8 +1,10 @@
 // Rows of memory sections; rows of run-length storage with what is peculiar to them.
 #include <zavo.h>
 
+#include <functional>
 #include <gtest/gtest.h>
 
+#include "support/refusals.h"
 #include "support/row_storage_checks.h"
 #include "support/run_model.h"
 #include "support/test_bitmap.h"
@@ -216,6 +218,36 @@ TEST(RunLengthRows, WritesSetTheDataSizeToTheHeap) {
   const Bytes row(16, 0xAA);
   EXPECT_EQ(Zv_PutBitmapRow(&bitmap, row.data(), 0, 16), 16);
   EXPECT_EQ(bitmap.DataSize, 0x40000u);
+}
+
+// Rows that fill the first heap, so that the next one makes it grow.
+TEST(RunLengthRows, ARowTheHeapCannotHoldStaysAsItWas) {
+  constexpr unsigned width = 60000;
+  const Bytes dense(width / 8, 0xAA);
+  const Bytes denseRecord = recordOf(unpacked(dense.data(), width));
+  const unsigned whole[] = {0, width};
+  const std::function<int(BitmapHandle&)> writes[] = {
+      [&](BitmapHandle& bitmap) { return Zv_PutBitmapRow(&bitmap, dense.data(), 2, width / 8); },
+      [&](BitmapHandle& bitmap) { return Zv_PutBitmapRowSegments(&bitmap, dense.data(), 2, 0, whole, 2, 0); },
+      [&](BitmapHandle& bitmap) { return Zv_PutBitmapRowCompressed(&bitmap, nullptr, denseRecord.data(), 2, 1); },
+      [&](BitmapHandle& bitmap) {
+        return Zv_PutBitmapRowColCompressed(&bitmap, nullptr, denseRecord.data(), 2, 1, width - 1);
+      }};
+  for (const auto& write : writes) {
+    for (const bool blank : {true, false}) {
+      refuseEachResource({}, [&](RefusalRound& round) {
+        TestBitmap bitmap(width, 3, 1, runLength);
+        Zv_PutBitmapRow(&bitmap, dense.data(), 0, width / 8);
+        Zv_PutBitmapRow(&bitmap, dense.data(), 1, width / 8);
+        if (!blank) Zv_PutBitmapRow(&bitmap, dense.data(), 2, 100);
+        const unsigned heapBytes = bitmap.DataSize;
+        round.keeps(bitmap);
+        bitmap.DataSize = 0;
+        const bool written = round.run([&] { return write(bitmap); }) > 0;
+        EXPECT_EQ(bitmap.DataSize, written ? heapBytes + 0x40000 : heapBytes) << "set whatever the result";
+      });
+    }
+  }
 }
 
 }  // namespace
