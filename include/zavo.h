@@ -980,6 +980,175 @@ ZAVO_API int ZAVO_CALL Zv_ConvertFromDIB(BitmapHandle* bitmap, const BITMAPINFO*
 ZAVO_API int ZAVO_CALL Zv_ChangeFromDIB(BitmapHandle* bitmap, HGLOBAL dib);
 
 /* ------------------------------------------------------------------------------------------------------------
+ * Regions
+ *
+ * A bitmap may carry one region: the set of pixels that fills, region painting, masks and pixel writes are limited to.
+ * It belongs to the bitmap and is freed with it. A region may be present and yet empty; a bitmap without a region is
+ * treated as if all its pixels were in one.
+ *
+ * The Set functions make a shape and combine it with the region there is. A shape that is empty changes nothing and
+ * the call succeeds, whatever the mode; one that merely lies outside the bitmap is combined as a shape without pixels.
+ * The result is cut to the bitmap.
+ *
+ * A RegionXForm given to a Set function says in which coordinates the shape is given: the offset is added to them, then
+ * they are multiplied by numerator / denominator (dividing towards zero), which gives coordinates of the picture in the
+ * transform's perspective; these are then brought into the stored image. Null stands for stored coordinates.
+ *
+ * A RegionXForm given to a function that brings a region onto a display works the other way: the stored image is
+ * brought into the transform's perspective, coordinates are multiplied by numerator / denominator (x rounded up, y
+ * down, as painting rounds), and the offset is added. So it holds the size of the picture on the display as numerators,
+ * the bitmap's as denominators, and the picture's left and top as offsets. Null stands for stored coordinates.
+ *
+ * Both take only the perspectives 0, 2, 4 and 8 and denominators other than 0; else KERR_BAD_PARAMETER.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/** Scale and place of coordinates outside a bitmap, see above: 7 words. */
+typedef struct RegionXForm {
+  int ViewPerspective;   /**< The frame: 0 for upright, 2, 4 or 8 as the VIEW_ values. */
+  int XScaleNumerator;   /**< Horizontal scale. */
+  int XScaleDenominator; /**< Not 0. */
+  int YScaleNumerator;   /**< Vertical scale. */
+  int YScaleDenominator; /**< Not 0. */
+  int XOffset;           /**< Pixels to the right. */
+  int YOffset;           /**< Pixels down. */
+} RegionXForm;
+
+/**
+ * How a new shape changes the region. Where the existing region takes part, a bitmap without one stands for the whole
+ * bitmap.
+ */
+enum {
+  CombineAnd = 0,          /**< Existing AND new. */
+  CombineSet = 1,          /**< New. */
+  CombineAndNotBitmap = 2, /**< New AND NOT existing. */
+  CombineAndNotRegion = 3, /**< Existing AND NOT new. */
+  CombineOr = 4,           /**< Existing OR new. */
+  CombineXor = 5,          /**< Existing XOR new. */
+  CombineSetNot = 6        /**< Whole bitmap AND NOT new. */
+};
+
+/** Fill modes of Zv_SetBitmapRgnPolygon. */
+enum {
+  POLYGON_WINDING = 0,  /**< Pixels that the outline winds around. */
+  POLYGON_ALTERNATE = 1 /**< Pixels with an odd number of edges to their left. */
+};
+
+/**
+ * Sets the region from a rectangle.
+ * @param bitmap       the bitmap
+ * @param xform        coordinates of the rectangle, or null
+ * @param rect         any values; right and bottom are exclusive; empty unless left < right and top < bottom
+ * @param combineMode  a Combine value
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null bitmap or rectangle, an unusable transform or, unless the shape is
+ *         empty, another mode; KERR_NO_MEMORY. On failure the region is as it was.
+ */
+ZAVO_API int ZAVO_CALL Zv_SetBitmapRgnRect(BitmapHandle* bitmap, const RegionXForm* xform, const RECT* rect,
+                                           int combineMode);
+
+/**
+ * Sets the region from a rectangle with elliptic corners, as CreateRoundRectRgn draws it.
+ * @param bitmap         the bitmap
+ * @param xform          coordinates of the rectangle, or null
+ * @param rect           the rectangle
+ * @param ellipseWidth   width of the ellipse that rounds the corners
+ * @param ellipseHeight  its height
+ * @param combineMode    a Combine value
+ * @return as Zv_SetBitmapRgnRect; KERR_BAD_PARAMETER also for a shape without pixels; KERR_NO_MEMORY also when the
+ *         system cannot make the shape, coordinates pass 2^27 or a side of the ellipse 2^20
+ */
+ZAVO_API int ZAVO_CALL Zv_SetBitmapRgnRoundRect(BitmapHandle* bitmap, const RegionXForm* xform, const RECT* rect,
+                                                int ellipseWidth, int ellipseHeight, int combineMode);
+
+/**
+ * Sets the region from an ellipse, as CreateEllipticRgn draws it.
+ * @param bitmap       the bitmap
+ * @param xform        coordinates of the rectangle, or null
+ * @param rect         the ellipse's bounding box
+ * @param combineMode  a Combine value
+ * @return as Zv_SetBitmapRgnRoundRect
+ */
+ZAVO_API int ZAVO_CALL Zv_SetBitmapRgnEllipse(BitmapHandle* bitmap, const RegionXForm* xform, const RECT* rect,
+                                              int combineMode);
+
+/**
+ * Sets the region from a polygon, as CreatePolygonRgn draws it.
+ * @param bitmap       the bitmap
+ * @param xform        coordinates of the points, or null
+ * @param points       the corners; the last is joined to the first
+ * @param count        how many, at least 1
+ * @param fillMode     a POLYGON_ value
+ * @param combineMode  a Combine value
+ * @return as Zv_SetBitmapRgnRoundRect, with 2^20 limiting the polygon's height; KERR_BAD_PARAMETER also for null
+ *         points, a count below 1 and another fill mode
+ */
+ZAVO_API int ZAVO_CALL Zv_SetBitmapRgnPolygon(BitmapHandle* bitmap, const RegionXForm* xform, const POINT* points,
+                                              int count, int fillMode, int combineMode);
+
+/**
+ * Sets the region from a region of the graphics interface.
+ * @param bitmap       the bitmap
+ * @param xform        coordinates of the region, or null
+ * @param region       the region, still the caller's; null frees the bitmap's region
+ * @param combineMode  a Combine value; not looked at for a null region
+ * @return as Zv_SetBitmapRgnRect; KERR_BAD_PARAMETER also for an empty region or a handle that is none
+ */
+ZAVO_API int ZAVO_CALL Zv_SetBitmapRgnHandle(BitmapHandle* bitmap, const RegionXForm* xform, HRGN region,
+                                             int combineMode);
+
+/**
+ * Moves the region down by `rowOffset` and right by `columnOffset` stored pixels; what leaves the bitmap is lost. A
+ * bitmap without a region gets what is left of the whole bitmap.
+ * @return KSUCCESS; KERR_BAD_BITMAP for null; KERR_NO_MEMORY, the region then as it was
+ */
+ZAVO_API int ZAVO_CALL Zv_OffsetBitmapRgn(BitmapHandle* bitmap, int rowOffset, int columnOffset);
+/** Frees the region, if there is one. @return KSUCCESS; KERR_BAD_PARAMETER for null */
+ZAVO_API int ZAVO_CALL Zv_FreeBitmapRgn(BitmapHandle* bitmap);
+/** @return 1 for a bitmap with a region, be it empty; else 0 */
+ZAVO_API int ZAVO_CALL Zv_BitmapHasRgn(const BitmapHandle* bitmap);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Region queries
+ *
+ * They read the region and change nothing that a caller can see.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/** @return 1 when the stored pixel is in the region (without a region: in the bitmap), else 0; 0 for null */
+ZAVO_API int ZAVO_CALL Zv_IsPtInBitmapRgn(const BitmapHandle* bitmap, int row, int column);
+
+/**
+ * Stores the number of pixels in the region (without a region: Width * Height) in `area`.
+ * @return KSUCCESS; KERR_BAD_BITMAP for a null bitmap; KERR_BAD_PARAMETER for a null `area`
+ */
+ZAVO_API int ZAVO_CALL Zv_GetBitmapRgnArea(const BitmapHandle* bitmap, unsigned* area);
+
+/**
+ * Stores the region's bounds (without a region: the whole bitmap) in `bounds`.
+ * @param bitmap  an allocated bitmap
+ * @param xform   the display in whose coordinates the bounds are wanted, or null for stored coordinates; values that
+ *                pass 32 bits become the nearest
+ * @param bounds  receives the rectangle
+ * @return KSUCCESS; KERR_BAD_BITMAP; KERR_BAD_PARAMETER for null `bounds` or an unusable transform
+ */
+ZAVO_API int ZAVO_CALL Zv_GetBitmapRgnBounds(const BitmapHandle* bitmap, const RegionXForm* xform, RECT* bounds);
+
+/**
+ * Stores the largest number of values that Zv_GetBitmapClipSegments can give for a row in `count`: 2 without a region.
+ * @return KSUCCESS; KERR_BAD_BITMAP for a null bitmap; KERR_BAD_PARAMETER for a null `count`
+ */
+ZAVO_API int ZAVO_CALL Zv_GetBitmapClipSegmentsMax(const BitmapHandle* bitmap, unsigned* count);
+
+/**
+ * Reads the pieces of a stored row that lie in the region.
+ * @param bitmap    the bitmap
+ * @param row       any value; a row outside the region has no pieces
+ * @param segments  receives pairs of columns (start, end; end exclusive) in increasing order; without a region the one
+ *                  pair (0, Width)
+ * @param count     receives the number of values, twice the number of pieces
+ * @return KSUCCESS; KERR_BAD_BITMAP for a null bitmap; KERR_BAD_PARAMETER for null `segments` or `count`
+ */
+ZAVO_API int ZAVO_CALL Zv_GetBitmapClipSegments(const BitmapHandle* bitmap, int row, int* segments, unsigned* count);
+
+/* ------------------------------------------------------------------------------------------------------------
  * Animation playback
  * --------------------------------------------------------------------------------------------------------- */
 

@@ -4,13 +4,15 @@
 namespace zavo {
 namespace {
 
-// The way from one frame to another: the flip first, then a clockwise turn of 0, 90, 180 or 270 degrees.
-struct Passage {
-  bool flip;
-  int angle;
-};
+template <typename Integer>
+Integer difference(Integer a, Integer b) {
+  return static_cast<Integer>(static_cast<unsigned long>(a) - static_cast<unsigned long>(b));
+}
+
+}  // namespace
 
 Passage passage(int from, int to) {
+  if (from == to) return {false, 0};
   bool flip = isFlipped(from);
   int angle = angleOf(from);
   if (isFlipped(to)) {
@@ -24,13 +26,6 @@ Passage passage(int from, int to) {
   if (angle >= 360) angle -= 360;
   return {flip, angle};
 }
-
-template <typename Integer>
-Integer difference(Integer a, Integer b) {
-  return static_cast<Integer>(static_cast<unsigned long>(a) - static_cast<unsigned long>(b));
-}
-
-}  // namespace
 
 ImageSize sizeInFrame(const BitmapHandle& bitmap, int perspective) {
   if (isRotated(bitmap.ViewPerspective) != isRotated(perspective)) return {bitmap.Height, bitmap.Width};

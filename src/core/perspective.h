@@ -29,6 +29,13 @@ struct ImageSize {
   return !isFlipped(perspective) && !isRotated(perspective);
 }
 
+// The way from one frame to another: the flip first, then a clockwise turn of 0, 90, 180 or 270 degrees.
+struct Passage {
+  bool flip;
+  int angle;
+};
+[[nodiscard]] Passage passage(int from, int to);
+
 // The bitmap's size as it lies in the frame of `perspective`.
 [[nodiscard]] ImageSize sizeInFrame(const BitmapHandle& bitmap, int perspective);
 

@@ -1,0 +1,196 @@
+// Random sequences of everything that changes a region, against a set of pixels.
+#include <string>
+
+#include "region/region_model.h"
+
+namespace zavotest {
+namespace {
+
+using Random = std::mt19937;
+
+int between(Random& random, int lowest, int highest) {
+  return lowest + static_cast<int>(random() % static_cast<unsigned>(highest - lowest + 1));
+}
+
+// A shape in its own coordinates, with what the library is to be called with.
+struct Shape {
+  std::string name;
+  HRGN system = nullptr;  // the same pixels; null for a shape without any
+  std::function<int(BitmapHandle*, const RegionXForm*, int mode)> set;
+
+  Shape() = default;
+  Shape(const Shape&) = delete;
+  ~Shape() { DeleteObject(system); }
+};
+
+RECT randomRect(Random& random, int width, int height) {
+  RECT rect = {between(random, -8, width + 4), between(random, -8, height + 4), 0, 0};
+  rect.right = rect.left + between(random, 0, width);
+  rect.bottom = rect.top + between(random, 0, height);
+  return rect;
+}
+
+void makeShape(Shape& shape, Random& random, int width, int height) {
+  RECT rect = randomRect(random, width, height);
+  switch (random() % 5) {
+    case 0:
+      shape.name = "rectangle";
+      if (rect.left < rect.right && rect.top < rect.bottom) shape.system = CreateRectRgnIndirect(&rect);
+      shape.set = [rect](BitmapHandle* bitmap, const RegionXForm* xform, int mode) {
+        return Zv_SetBitmapRgnRect(bitmap, xform, &rect, mode);
+      };
+      return;
+    case 1:
+    case 2: {
+      // The system's curves have undefined rows when they are tall and narrow.
+      rect.right = std::max(rect.right, rect.left + 4);
+      rect.bottom = rect.top + std::max<LONG>(2, std::min(rect.bottom - rect.top, rect.right - rect.left));
+      const int side = between(random, 0, 12);
+      if (random() % 2 != 0) {
+        shape.name = "ellipse";
+        shape.system = CreateEllipticRgnIndirect(&rect);
+        shape.set = [rect](BitmapHandle* bitmap, const RegionXForm* xform, int mode) {
+          return Zv_SetBitmapRgnEllipse(bitmap, xform, &rect, mode);
+        };
+      } else {
+        shape.name = "rounded rectangle";
+        shape.system = CreateRoundRectRgn(rect.left, rect.top, rect.right, rect.bottom, side, side);
+        shape.set = [rect, side](BitmapHandle* bitmap, const RegionXForm* xform, int mode) {
+          return Zv_SetBitmapRgnRoundRect(bitmap, xform, &rect, side, side, mode);
+        };
+      }
+      break;
+    }
+    case 3: {
+      std::vector<POINT> points(random() % 6 + 3);
+      for (POINT& point : points) point = {between(random, -8, width + 8), between(random, -8, height + 8)};
+      const bool winding = random() % 2 != 0;
+      shape.name = "polygon";
+      shape.system = CreatePolygonRgn(points.data(), static_cast<int>(points.size()), winding ? WINDING : ALTERNATE);
+      shape.set = [points, winding](BitmapHandle* bitmap, const RegionXForm* xform, int mode) {
+        return Zv_SetBitmapRgnPolygon(bitmap, xform, points.data(), static_cast<int>(points.size()),
+                                      winding ? POLYGON_WINDING : POLYGON_ALTERNATE, mode);
+      };
+      break;
+    }
+    default: {
+      shape.name = "handle";
+      shape.system = CreateRectRgn(0, 0, 0, 0);
+      for (unsigned i = random() % 12 + 1; i > 0; --i) {
+        const RECT part = randomRect(random, width / 2 + 1, height / 2 + 1);
+        HRGN piece = CreateRectRgnIndirect(&part);
+        CombineRgn(shape.system, shape.system, piece, RGN_XOR);
+        DeleteObject(piece);
+      }
+      HRGN system = shape.system;
+      shape.set = [system](BitmapHandle* bitmap, const RegionXForm* xform, int mode) {
+        return Zv_SetBitmapRgnHandle(bitmap, xform, system, mode);
+      };
+      break;
+    }
+  }
+}
+
+RegionXForm randomTransform(Random& random) {
+  static constexpr int perspectives[] = {0, 2, 4, 8};
+  static constexpr int scales[] = {1, 1, 2, 3, 5};
+  return {perspectives[random() % 4], scales[random() % 5],   scales[random() % 5],  scales[random() % 5],
+          scales[random() % 5],       between(random, -6, 6), between(random, -6, 6)};
+}
+
+// The pixels of the bitmap that a shape covers. `vanished`: nothing is left of its bounding box.
+PointSet covered(BitmapHandle& bitmap, HRGN system, const RegionXForm* given, bool& vanished) {
+  const RegionXForm xform = given != nullptr ? *given : RegionXForm{bitmap.ViewPerspective, 1, 1, 1, 1, 0, 0};
+  const auto mapX = [&](int x) { return (x + xform.XOffset) * xform.XScaleNumerator / xform.XScaleDenominator; };
+  const auto mapY = [&](int y) { return (y + xform.YOffset) * xform.YScaleNumerator / xform.YScaleDenominator; };
+  PointSet set(bitmap.Width, bitmap.Height);
+  RECT box = {};
+  GetRgnBox(system, &box);
+  vanished = mapX(box.left) >= mapX(box.right) || mapY(box.top) >= mapY(box.bottom);
+
+  // The image's size in the transform's frame: its last pixel's place says it.
+  const bool crossed = (bitmap.ViewPerspective >= 4) != (xform.ViewPerspective >= 4);
+  const int width = crossed ? bitmap.Height : bitmap.Width;
+  const int height = crossed ? bitmap.Width : bitmap.Height;
+  for (int y = box.top; y < box.bottom; ++y) {
+    for (int x = box.left; x < box.right; ++x) {
+      if (PtInRegion(system, x, y) == 0) continue;
+      // Runs are scaled as wholes, so a pixel's share of its run is what lies between its own scaled edges.
+      for (int mappedY = mapY(y); mappedY < mapY(y + 1); ++mappedY) {
+        for (int mappedX = mapX(x); mappedX < mapX(x + 1); ++mappedX) {
+          int storedX = mappedX;
+          int storedY = mappedY;
+          if (storedX < 0 || storedY < 0 || storedX >= width || storedY >= height) continue;
+          Zv_PointToBitmap(&bitmap, xform.ViewPerspective, &storedX, &storedY);
+          set.put(storedX, storedY);
+        }
+      }
+    }
+  }
+  return set;
+}
+
+bool combined(int mode, bool existing, bool shape) {
+  switch (mode) {
+    case CombineAnd:
+      return existing && shape;
+    case CombineSet:
+      return shape;
+    case CombineAndNotBitmap:
+      return shape && !existing;
+    case CombineAndNotRegion:
+      return existing && !shape;
+    case CombineOr:
+      return existing || shape;
+    case CombineXor:
+      return existing != shape;
+    default:
+      return !shape;
+  }
+}
+
+TEST(RegionSequence, FollowsASetOfPixels) {
+  static constexpr int perspectives[] = {1, 2, 4, 8};
+  for (unsigned seed = 1; seed <= 60; ++seed) {
+    Random random(seed);
+    const int width = between(random, 1, 40);
+    const int height = between(random, 1, 30);
+    RegionBitmap bitmap(width, height, perspectives[seed % 4]);
+    PointSet model(width, height);
+    model.putRect({0, 0, width, height});
+
+    for (int step = 0; step < 25; ++step) {
+      SCOPED_TRACE("seed " + std::to_string(seed) + ", step " + std::to_string(step));
+      if (random() % 6 == 0) {
+        const int rows = between(random, -height / 2, height / 2);
+        const int columns = between(random, -width / 2, width / 2);
+        ASSERT_EQ(Zv_OffsetBitmapRgn(&bitmap, rows, columns), KSUCCESS);
+        const PointSet before = model;
+        model.fill([&](int x, int y) { return before.has(x - columns, y - rows); });
+      } else {
+        Shape shape;
+        makeShape(shape, random, width, height);
+        const RegionXForm transform = randomTransform(random);
+        const RegionXForm* const xform = random() % 2 != 0 ? &transform : nullptr;
+        const int mode = between(random, 0, 6);
+        SCOPED_TRACE(shape.name + ", mode " + std::to_string(mode));
+
+        RECT box = {};
+        const bool noPixels = shape.system == nullptr || GetRgnBox(shape.system, &box) == NULLREGION;
+        const bool fails = noPixels && shape.name != "rectangle";
+        ASSERT_EQ(shape.set(&bitmap, xform, mode), fails ? KERR_BAD_PARAMETER : KSUCCESS);
+        if (!noPixels) {
+          bool vanished = false;
+          const PointSet pixels = covered(bitmap, shape.system, xform, vanished);
+          const PointSet before = model;
+          if (!vanished) model.fill([&](int x, int y) { return combined(mode, before.has(x, y), pixels.has(x, y)); });
+        }
+      }
+      ASSERT_TRUE(isWellFormed(bitmap));
+      ASSERT_EQ(pointsOf(bitmap), model);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zavotest
