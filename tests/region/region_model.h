@@ -10,18 +10,14 @@
 #include <vector>
 
 #include "region/region.h"
+#include "support/test_bitmap.h"
 
 namespace zavotest {
 
-// A bitmap for regions: its pixels matter little.
-struct RegionBitmap : BitmapHandle {
-  RegionBitmap(int width, int height, int perspective = VIEW_UPRIGHT, int bits = 1) : BitmapHandle{} {
-    EXPECT_EQ(Zv_CreateBitmap(this, ALLOC_MEMORY, width, height, bits, ORDER_BLUE_FIRST, nullptr, perspective),
-              KSUCCESS);
+struct RegionBitmap : TestBitmap {
+  RegionBitmap(int width, int height, int perspective = VIEW_UPRIGHT, int bits = 1) : TestBitmap(width, height, bits) {
+    ViewPerspective = perspective;
   }
-  RegionBitmap(const RegionBitmap&) = delete;
-  RegionBitmap& operator=(const RegionBitmap&) = delete;
-  ~RegionBitmap() { Zv_FreeBitmap(this); }
 };
 
 // Pixels of a width x height area; nothing outside of it.

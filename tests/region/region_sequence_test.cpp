@@ -20,7 +20,9 @@ struct Shape {
 
   Shape() = default;
   Shape(const Shape&) = delete;
-  ~Shape() { DeleteObject(system); }
+  ~Shape() {
+    if (system != nullptr) DeleteObject(system);
+  }
 };
 
 RECT randomRect(Random& random, int width, int height) {
