@@ -10,24 +10,30 @@ HMODULE library() {
   return GetModuleHandleA("zavo.dll");
 }
 
-void** importSlot(HMODULE module, const std::string& function) {
+void forEachImport(HMODULE module, const std::function<void(const char*, const char*, void**)>& visit) {
   auto* base = reinterpret_cast<uint8_t*>(module);
-  const auto at = [base]<typename T>(T*, DWORD address) { return reinterpret_cast<T*>(base + address); };
   const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-  const auto* headers = at(static_cast<const IMAGE_NT_HEADERS*>(nullptr), static_cast<DWORD>(dos->e_lfanew));
+  const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
   const DWORD directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-  if (directory == 0) return nullptr;
-  for (const auto* needed = at(static_cast<const IMAGE_IMPORT_DESCRIPTOR*>(nullptr), directory); needed->Name != 0;
-       ++needed) {
-    const auto* names = at(static_cast<const IMAGE_THUNK_DATA*>(nullptr), needed->OriginalFirstThunk);
-    auto* addresses = at(static_cast<void**>(nullptr), needed->FirstThunk);
-    for (; names->u1.AddressOfData != 0; ++names, ++addresses) {
+  if (directory == 0) return;
+  const auto* needed = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory);
+  for (; needed->Name != 0; ++needed) {
+    const auto* names = reinterpret_cast<const IMAGE_THUNK_DATA*>(base + needed->OriginalFirstThunk);
+    auto* slots = reinterpret_cast<void**>(base + needed->FirstThunk);
+    for (; names->u1.AddressOfData != 0; ++names, ++slots) {
       if (IMAGE_SNAP_BY_ORDINAL(names->u1.Ordinal)) continue;
-      const auto* import = at(static_cast<const IMAGE_IMPORT_BY_NAME*>(nullptr), names->u1.AddressOfData);
-      if (function == import->Name) return addresses;
+      const auto* import = reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + names->u1.AddressOfData);
+      visit(reinterpret_cast<const char*>(base + needed->Name), import->Name, slots);
     }
   }
-  return nullptr;
+}
+
+void** importSlot(HMODULE module, const std::string& function) {
+  void** found = nullptr;
+  forEachImport(module, [&](const char*, const char* name, void** slot) {
+    if (function == name) found = slot;
+  });
+  return found;
 }
 
 void* exchangeImport(void** slot, void* replacement) {

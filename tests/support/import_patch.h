@@ -11,6 +11,11 @@ namespace zavotest {
 // zavo.dll, which this program is linked to.
 [[nodiscard]] HMODULE library();
 
+// Calls `visit` for each function that `module` imports by name, with the name of the module it comes from and its
+// entry in the import address table.
+void forEachImport(HMODULE module,
+                   const std::function<void(const char* neededModule, const char* function, void** slot)>& visit);
+
 // The entry of `module`'s import address table that holds `function`; null when it imports no such function.
 [[nodiscard]] void** importSlot(HMODULE module, const std::string& function);
 
