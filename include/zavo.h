@@ -879,6 +879,34 @@ ZAVO_API int ZAVO_CALL Zv_ConvertBuffer(unsigned char* buffer, int width, int so
 ZAVO_API unsigned ZAVO_CALL Zv_CalcConvertSize(unsigned widthA, unsigned bitsA, unsigned widthB, unsigned bitsB);
 
 /* ------------------------------------------------------------------------------------------------------------
+ * Dithering
+ *
+ * A dither run turns rows of a bitmap into rows of palette indexes, carrying what is lost at one pixel to those that
+ * follow (methods 1 to 6) or adding an 8 x 8 pattern (7 and 8). The bitmap's record is all that is needed, it need not
+ * have pixels; DitheringMethod is read at the start, and any value but 1 to 8 gives each pixel its nearest entry.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Opens a dither run; one that is open on the handle is closed first.
+ * @param bitmap      describes the rows: Width, BitsPerPixel, ColorOrder, Palette (the fixed palette when null)
+ * @param palette     target palette, `colorCount` entries, copied; null for the fixed palette
+ * @param colorCount  1 to 256; destination rows have the fewest bits per pixel that hold as many indexes, at least 1
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null bitmap, a colour count out of range, a depth other than 1 to 8, 16,
+ *         24 and 32, or a negative width; KERR_NO_MEMORY. On failure the handle has no dither run.
+ */
+ZAVO_API int ZAVO_CALL Zv_StartDithering(BitmapHandle* bitmap, const RGBQUAD* palette, unsigned colorCount);
+/**
+ * Dithers the next row; rows are given in order from the top.
+ * @param bitmap       a bitmap with an open run
+ * @param source       Width pixels of the bitmap's format
+ * @param destination  receives Width packed indexes; the bits after the last one in its byte are kept. May be `source`.
+ * @return KSUCCESS; KERR_BAD_PARAMETER when the bitmap, its run or a row is null
+ */
+ZAVO_API int ZAVO_CALL Zv_DitherLine(BitmapHandle* bitmap, const unsigned char* source, unsigned char* destination);
+/** Closes the dither run, if one is open. @return KSUCCESS; KERR_BAD_PARAMETER for a null bitmap */
+ZAVO_API int ZAVO_CALL Zv_StopDithering(BitmapHandle* bitmap);
+
+/* ------------------------------------------------------------------------------------------------------------
  * Colour reduction, translation and colour spaces
  * --------------------------------------------------------------------------------------------------------- */
 

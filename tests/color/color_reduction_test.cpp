@@ -5,6 +5,9 @@
 #include <random>
 
 #include "color/colors.h"
+#include "support/progress_log.h"
+#include "support/refusals.h"
+#include "support/snapshot.h"
 
 namespace {
 
@@ -185,33 +188,32 @@ TEST(ColorReduction, PlaybackColorsFollowThePalette) {
   EXPECT_EQ(direct.PlaybackBackground, 0x0000FFu);
 }
 
-struct CallbackRecord {
-  std::vector<int> percents;
-  size_t stopAt = SIZE_MAX;
-} record;
-
-int ZAVO_CALL recordProgress(int percent) {
-  record.percents.push_back(percent);
-  return record.percents.size() > record.stopAt ? 77 : 1;
-}
-
 TEST(ColorReduction, CallbackIsToldAndObeyed) {
   std::mt19937 random(235);
   TestBitmap source(9, 4, 24);
   ASSERT_TRUE(source.allocated());
   fillWithNoise(source, random);
-  const Picture before = pictureOf(source);
-  Zv_SetStatusCallBack(recordProgress);
-  for (size_t stopAt = 0; stopAt < 5; ++stopAt) {
-    record = {.percents = {}, .stopAt = stopAt};
+  const Snapshot before(source);
+  for (size_t stopAtCall = 1; stopAtCall <= 5; ++stopAtCall) {
+    const ProgressLog stop(stopAtCall, 77);
     EXPECT_EQ(Zv_ColorResBitmap(&source, nullptr, 8, 0, nullptr, 0), 77);
-    EXPECT_EQ(source.BitsPerPixel, 24);
-    EXPECT_EQ(pictureOf(source), before);
+    EXPECT_TRUE(before.unchanged());
   }
-  record = {};
+  const ProgressLog log;
   EXPECT_EQ(Zv_ColorResBitmap(&source, nullptr, 8, 0, nullptr, 0), KSUCCESS);
-  Zv_SetStatusCallBack(nullptr);
-  EXPECT_EQ(record.percents, (std::vector<int>{0, 25, 50, 75, 100}));
+  EXPECT_EQ(log.percents, (std::vector<int>{0, 25, 50, 75, 100}));
+}
+
+TEST(ColorReduction, SourceStaysWholeWhenRefused) {
+  std::mt19937 random(236);
+  for (const int options : {0, COLORRES_NEAREST | COLORRES_FIXED_PALETTE, int{COLORRES_GRAY_PALETTE}}) {
+    refuseEachResource({.leastPoints = 4}, [&](RefusalRound& round) {
+      TestBitmap source(19, 7, 24);
+      fillWithNoise(source, random);
+      round.keeps(source);
+      round.run([&] { return Zv_ColorResBitmap(&source, nullptr, 4, static_cast<unsigned>(options), nullptr, 0); });
+    });
+  }
 }
 
 }  // namespace
