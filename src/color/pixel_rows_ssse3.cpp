@@ -49,7 +49,7 @@ struct Gray {
 struct Bits16 {
   static constexpr PixelSize size = PixelSize::bits16;
   static constexpr unsigned bytes = 2;
-  // Channels widened to 8 bits by repeating their top bits; alpha is dropped, as no larger size takes it over.
+  // Channels widened to 8 bits by repeating their top bits; alpha is 0, as no other size takes it over.
   [[gnu::target("ssse3")]] static Block load(const uint8_t* source) {
     Block block;
     const __m128i high = _mm_set1_epi16(0xF8), low = _mm_set1_epi16(7);
@@ -147,6 +147,19 @@ template <typename Source, typename Destination, bool swap>
   }
 }
 
+// Exchanging the channels of 16-bit pixels needs no unpacking.
+[[gnu::target("ssse3")]] void swapRow16(uint8_t* destination, const uint8_t* source, unsigned width) {
+  const __m128i middle = _mm_set1_epi16(static_cast<short>(0x83E0)), low = _mm_set1_epi16(0x1F);
+  unsigned x = 0;
+  for (; x + 8 <= width; x += 8) {
+    const __m128i words = loadRegister(source + 2 * x);
+    const __m128i first = _mm_and_si128(_mm_srli_epi16(words, 10), low);
+    const __m128i third = _mm_slli_epi16(_mm_and_si128(words, low), 10);
+    storeRegister(destination + 2 * x, _mm_or_si128(_mm_and_si128(words, middle), _mm_or_si128(first, third)));
+  }
+  plainPixelRows.find(PixelSize::bits16, PixelSize::bits16, true)(destination + 2 * x, source + 2 * x, width - x);
+}
+
 template <typename Source, typename Destination>
 constexpr PixelRowFunction swapped = convertRow<Source, Destination, true>;
 template <typename Source, typename Destination>
@@ -154,14 +167,13 @@ constexpr PixelRowFunction straight = convertRow<Source, Destination, false>;
 
 }  // namespace
 
-// Exchanging the channels of 16 bits is not here: it keeps alpha.
 constexpr PixelRowTable ssse3PixelRows = {{
     {{nullptr, nullptr},
      {straight<Gray, Bits16>, straight<Gray, Bits16>},
      {straight<Gray, Bits24>, straight<Gray, Bits24>},
      {straight<Gray, Bits32>, straight<Gray, Bits32>}},
     {{straight<Bits16, Gray>, swapped<Bits16, Gray>},
-     {nullptr, nullptr},
+     {nullptr, swapRow16},
      {straight<Bits16, Bits24>, swapped<Bits16, Bits24>},
      {straight<Bits16, Bits32>, swapped<Bits16, Bits32>}},
     {{straight<Bits24, Gray>, swapped<Bits24, Gray>},

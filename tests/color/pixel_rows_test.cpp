@@ -59,7 +59,7 @@ TEST(PixelRows, VectorAndPlainFunctionsAgree) {
       }
     }
   }
-  EXPECT_EQ(compared, 26u);
+  EXPECT_EQ(compared, 27u);
 }
 
 }  // namespace
