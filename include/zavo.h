@@ -1008,6 +1008,31 @@ ZAVO_API int ZAVO_CALL Zv_ConvertFromDIB(BitmapHandle* bitmap, const BITMAPINFO*
 ZAVO_API int ZAVO_CALL Zv_ChangeFromDIB(BitmapHandle* bitmap, HGLOBAL dib);
 
 /* ------------------------------------------------------------------------------------------------------------
+ * Pixel colour
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Reads one pixel as a colour value 0x00BBGGRR; an index as its palette colour.
+ * @param bitmap  the bitmap
+ * @param row     stored row
+ * @param column  pixel of the row
+ * @return the colour; 0x80000000 for a null or unallocated bitmap and for a pixel outside it
+ */
+ZAVO_API COLORREF ZAVO_CALL Zv_GetPixelColor(BitmapHandle* bitmap, int row, int column);
+/**
+ * Writes one pixel, if the bitmap's region holds it. Up to 8 bits the nearest palette entry is stored
+ * (Zv_FindPaletteIndex), or the index itself when the colour's top byte is 1. The alpha bit of a 16-bit pixel is
+ * cleared, the fourth byte of a 32-bit pixel kept. A write that fails in the storage is not reported.
+ * @param bitmap  the bitmap
+ * @param row     stored row
+ * @param column  pixel of the row
+ * @param color   0x00BBGGRR, or an index with a top byte of 1
+ * @return KSUCCESS; KERR_BAD_BITMAP for a null or unallocated bitmap; KERR_EMPTY for a pixel outside the region, or
+ *         outside the bitmap when it has none
+ */
+ZAVO_API int ZAVO_CALL Zv_PutPixelColor(BitmapHandle* bitmap, int row, int column, COLORREF color);
+
+/* ------------------------------------------------------------------------------------------------------------
  * Regions
  *
  * A bitmap may carry one region: the set of pixels that fills, region painting, masks and pixel writes are limited to.
