@@ -28,35 +28,61 @@ void storeWord(uint8_t* target, uint32_t word) {
   memcpy(target, &word, 4);
 }
 
+template <unsigned bytes>
+void storeBytes(uint8_t* target, uint32_t word) {
+  for (unsigned i = 0; i < bytes; ++i) target[i] = static_cast<uint8_t>(word >> 8 * (bytes - 1 - i));
+}
+
 template <unsigned bits>
 struct Group {
-  static constexpr unsigned mask = (1u << bits) - 1;
+  static constexpr uint32_t pixelMask = (1u << bits) - 1;
+  static constexpr uint32_t pairMask = (1u << 2 * bits) - 1;
   static constexpr unsigned halfBits = 4 * bits;
-  static constexpr unsigned halfBytes = (halfBits + 7) / 8;
 
-  // The low halfBits of `half`, first pixel highest, to 4 bytes.
+  // 4 pixels, the first highest below bits that do not count, to a byte each. Taken apart into pairs, then into pixels.
   static void unpackHalf(uint8_t* indexes, uint32_t half) {
-    const uint32_t spread =
-        (half >> 3 * bits & mask) | (half >> 2 * bits & mask) << 8 | (half >> bits & mask) << 16 | (half & mask) << 24;
+    constexpr uint32_t lanes = pixelMask | pixelMask << 16;
+    const uint32_t pairs = (half >> 2 * bits & pairMask) | (half & pairMask) << 16;
+    const uint32_t spread = (pairs >> bits & lanes) | (pairs & lanes) << 8;
     memcpy(indexes, &spread, 4);
   }
 
   static uint32_t packHalf(const uint8_t* indexes) {
+    constexpr uint32_t lanes = pixelMask | pixelMask << 16;
     uint32_t spread;
     memcpy(&spread, indexes, 4);
-    return (spread & mask) << 3 * bits | (spread >> 8 & mask) << 2 * bits | (spread >> 16 & mask) << bits |
-           (spread >> 24 & mask);
+    const uint32_t pairs = (spread & lanes) << bits | (spread >> 8 & lanes);
+    return (pairs & 0xFFFF) << 2 * bits | pairs >> 16;
   }
 
-  // The halves of a depth that is odd share the middle byte.
+  // 4 bits take the form that the compiler turns into vector code.
   static void unpack(uint8_t* indexes, const uint8_t* packed) {
-    unpackHalf(indexes, loadBytes<halfBytes>(packed) >> (8 * halfBytes - halfBits));
-    unpackHalf(indexes + 4, loadBytes<halfBytes>(packed + bits - halfBytes));
+    if constexpr (bits == 4) {
+      unpackHalf(indexes, loadBytes<2>(packed));
+      unpackHalf(indexes + 4, loadBytes<2>(packed + 2));
+    } else if constexpr (bits < 4) {
+      const uint32_t group = loadBytes<bits>(packed);
+      unpackHalf(indexes, group >> halfBits);
+      unpackHalf(indexes + 4, group);
+    } else {
+      const uint32_t group = loadWord(packed);
+      unpackHalf(indexes, group >> (32 - halfBits));
+      unpackHalf(indexes + 4, group << 8 * (bits - 4) | loadBytes<bits - 4>(packed + 4));
+    }
   }
 
   static void pack(uint8_t* packed, const uint8_t* indexes) {
-    const uint64_t group = uint64_t{packHalf(indexes)} << halfBits | packHalf(indexes + 4);
-    for (unsigned i = 0; i < bits; ++i) packed[i] = static_cast<uint8_t>(group >> 8 * (bits - 1 - i));
+    const uint32_t first = packHalf(indexes);
+    const uint32_t second = packHalf(indexes + 4);
+    if constexpr (bits == 4) {
+      storeBytes<2>(packed, first);
+      storeBytes<2>(packed + 2, second);
+    } else if constexpr (bits < 4) {
+      storeBytes<bits>(packed, first << halfBits | second);
+    } else {
+      storeWord(packed, first << (32 - halfBits) | second >> 8 * (bits - 4));
+      storeBytes<bits - 4>(packed + 4, second);
+    }
   }
 };
 
@@ -98,12 +124,12 @@ void pack(uint8_t* packed, const uint8_t* indexes, unsigned firstPixel, unsigned
 
 template <>
 void unpack<8>(uint8_t* indexes, const uint8_t* packed, unsigned firstPixel, unsigned count) {
-  memcpy(indexes, packed + firstPixel, count);
+  std::copy_n(packed + firstPixel, count, indexes);
 }
 
 template <>
 void pack<8>(uint8_t* packed, const uint8_t* indexes, unsigned firstPixel, unsigned count) {
-  memcpy(packed + firstPixel, indexes, count);
+  std::copy_n(indexes, count, packed + firstPixel);
 }
 
 // Where a pixel lies: its first byte, and how many bits its last bit is above the end of a pair of bytes.
