@@ -1,0 +1,42 @@
+#include "pipeline.h"
+
+#include "errors.h"
+#include "text.h"
+#include "wic.h"
+
+namespace zv {
+
+namespace {
+
+const StepOption& findOption(StepFamilies families, const std::string& name, const std::string& command) {
+  for (const std::span<const StepOption> family : families)
+    for (const StepOption& option : family)
+      if (name == option.name) return option;
+  throw UsageError("unknown option " + name + " (zv " + command + " --help lists them)");
+}
+
+}  // namespace
+
+std::string stepHelp(StepFamilies families) {
+  std::string help = "The options are applied in the order they stand:\n";
+  for (const std::span<const StepOption> family : families)
+    for (const StepOption& option : family)
+      help += format("  %-26s%s\n", (std::string(option.name) + " " + option.value).c_str(), option.help);
+  return help;
+}
+
+void runSteps(Arguments& arguments, StepFamilies families, const std::string& command) {
+  const std::string input = arguments.takeOperand("the picture to read");
+  const std::string output = arguments.takeOperand("the file to write");
+  StepList steps;
+  for (std::string name = arguments.takeOption(); !name.empty(); name = arguments.takeOption())
+    findOption(families, name, command).parse(steps, arguments, name);
+  arguments.finish();
+  outputFormat(output);
+
+  PictureFile file = readPicture(input);
+  steps.apply(file.picture);
+  writePicture(output, file.picture);
+}
+
+}  // namespace zv

@@ -1,0 +1,126 @@
+// The program itself: exit codes, messages, and what convert does with its options.
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <objbase.h>
+#include <wincodec.h>
+#include <windows.h>
+
+#include "picture_files.h"
+
+namespace {
+
+struct RunResult {
+  DWORD exitCode;
+  std::string output;  /// What went to stdout and stderr.
+};
+
+std::string readText(const std::string& path) {
+  std::ifstream stream(path);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+class Zv : public testing::Test {
+ protected:
+  void SetUp() override {
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    writeSample({"png", GUID_ContainerFormatPng, GUID_WICPixelFormat24bppBGR, 24, false}, file("in.png"), 96, 96);
+    CoUninitialize();
+  }
+
+  std::string file(const std::string& name) const { return directory.file(name); }
+
+  /// Runs zv in the temporary directory.
+  RunResult run(const std::string& arguments) const {
+    char program[MAX_PATH];
+    GetModuleFileNameA(nullptr, program, MAX_PATH);
+    const std::string folder = std::string(program).substr(0, std::string(program).find_last_of('\\') + 1);
+    std::string line = "\"" + folder + "zv.exe\" " + arguments;
+
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    const HANDLE log = CreateFileA(file("log").c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
+                                   CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    STARTUPINFOA startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = startup.hStdError = log;
+    PROCESS_INFORMATION process{};
+    RunResult result{0xFFFFFFFF, ""};
+    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, file("").c_str(), &startup,
+                       &process)) {
+      WaitForSingleObject(process.hProcess, INFINITE);
+      GetExitCodeProcess(process.hProcess, &result.exitCode);
+      CloseHandle(process.hProcess);
+      CloseHandle(process.hThread);
+    }
+    CloseHandle(log);
+    result.output = readText(file("log"));
+    return result;
+  }
+
+  TemporaryDirectory directory;
+};
+
+TEST_F(Zv, SaysWhatIsWrongInOneLine) {
+  std::ofstream(file("text.png")) << "no picture";
+  struct {
+    const char* arguments;
+    DWORD exitCode;
+    const char* message;
+  } const cases[] = {
+      {"info none.png", 1, "zv: cannot read none.png: no such file\n"},
+      {"info text.png", 1, "zv: cannot read text.png: not a picture in a known format\n"},
+      {"convert in.png none\\out.png", 1, "zv: cannot write none\\out.png: no such directory\n"},
+      {"frobnicate", 2, "zv: there is no command 'frobnicate' (zv --help lists them)\n"},
+      {"info", 2, "zv: the picture is missing\n"},
+      {"info in.png more", 2, "zv: one word too many: more\n"},
+      {"convert in.png out.jpg", 2, "zv: cannot write out.jpg: the name must end in .png or .bmp\n"},
+      {"convert in.png out.png --sise 3x3", 2, "zv: unknown option --sise (zv convert --help lists them)\n"},
+      {"convert in.png out.png --bits", 2, "zv: --bits needs a value\n"},
+      {"convert in.png out.png --bits 0", 2, "zv: --bits takes a number from 1 to 32, not '0'\n"},
+      {"convert in.png out.png --bits 24 --palette fixed", 2, "zv: a palette needs --bits 1 to 8\n"},
+      {"convert in.png out.png --colors 20 --bits 4", 2, "zv: 20 colours do not fit in 4 bits\n"},
+      {"convert in.png out.png --palette none.png", 1, "zv: cannot read none.png: no such file\n"},
+  };
+  for (const auto& expected : cases) {
+    SCOPED_TRACE(expected.arguments);
+    const RunResult result = run(expected.arguments);
+    EXPECT_EQ(expected.exitCode, result.exitCode);
+    EXPECT_EQ(expected.message, result.output);
+  }
+  EXPECT_EQ(INVALID_FILE_ATTRIBUTES, GetFileAttributesA(file("out.png").c_str())) << "a failure left a file behind";
+}
+
+TEST_F(Zv, TellsWhatAPictureIs) {
+  const RunResult result = run("info in.png");
+  EXPECT_EQ(0u, result.exitCode);
+  for (const char* line : {"format       PNG", "size         37 x 11 pixels", "depth        24 bits", "grey         no",
+                           "resolution   96 x 96 dpi"})
+    EXPECT_NE(std::string::npos, result.output.find(line)) << line << " is not in:\n" << result.output;
+}
+
+TEST_F(Zv, AppliesOptionsInTheirOrder) {
+  // A 4-bit picture has a palette, and a 24-bit copy of it only colours of that.
+  const RunResult result = run("convert in.png out.bmp --palette fixed --bits 4 --dither none --bits 24 --progress");
+  EXPECT_EQ(0u, result.exitCode) << result.output;
+  EXPECT_NE(std::string::npos, result.output.find("colours: 0 10 20 30")) << result.output;
+  const BmpFile picture = readBmp(file("out.bmp"));
+  EXPECT_EQ(24, picture.bitsPerPixel);
+  for (const uint32_t color : picture.colors) {
+    for (int shift = 0; shift < 24; shift += 8) {
+      const uint32_t level = color >> shift & 255;
+      EXPECT_TRUE(level == 0 || level == 128 || level == 192 || level == 255) << level;
+    }
+  }
+}
+
+TEST_F(Zv, ExplainsItself) {
+  const RunResult general = run("--help");
+  EXPECT_EQ(0u, general.exitCode);
+  EXPECT_NE(std::string::npos, general.output.find("convert"));
+  const RunResult command = run("convert --help");
+  EXPECT_EQ(0u, command.exitCode);
+  EXPECT_NE(std::string::npos, command.output.find("--bits"));
+}
+
+}  // namespace
