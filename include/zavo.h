@@ -1149,6 +1149,31 @@ ZAVO_API int ZAVO_CALL Zv_SetBitmapRgnHandle(BitmapHandle* bitmap, const RegionX
                                              int combineMode);
 
 /**
+ * Sets the region from the pixels of one colour.
+ * @param bitmap       an allocated bitmap
+ * @param color        above 8 bits the pixels' red, green and blue; up to 8 bits a palette index when the top byte is 1
+ *                     (cut to the depth), else a colour, of which the first equal palette entry is taken. The alpha of
+ *                     16 and 32 bits does not count. A colour that no pixel has is an empty shape.
+ * @param combineMode  a Combine value
+ * @return as Zv_SetBitmapRgnRect; KERR_BAD_BITMAP for a bitmap without pixels; KERR_SEEK, KERR_READ
+ */
+ZAVO_API int ZAVO_CALL Zv_SetBitmapRgnColor(BitmapHandle* bitmap, COLORREF color, int combineMode);
+
+/**
+ * Sets the region from the white pixels (255, 255, 255) of a mask, by their stored coordinates.
+ * @param bitmap       the bitmap
+ * @param xform        coordinates of the mask, or null
+ * @param mask         an allocated bitmap of any size and depth, unchanged. A 1-bit mask is taken with its own palette
+ *                     when `bitmap` (not the mask) has an even grey palette; otherwise its pixels are first reduced to
+ *                     black and white, whichever is nearer.
+ * @param combineMode  a Combine value
+ * @return as Zv_SetBitmapRgnRect; KERR_BAD_PARAMETER also for a mask that is null or unallocated; otherwise the code of
+ *         Zv_ColorResBitmap
+ */
+ZAVO_API int ZAVO_CALL Zv_SetBitmapRgnFromMask(BitmapHandle* bitmap, const RegionXForm* xform, BitmapHandle* mask,
+                                               int combineMode);
+
+/**
  * Moves the region down by `rowOffset` and right by `columnOffset` stored pixels; what leaves the bitmap is lost. A
  * bitmap without a region gets what is left of the whole bitmap.
  * @return KSUCCESS; KERR_BAD_BITMAP for null; KERR_NO_MEMORY, the region then as it was
@@ -1159,10 +1184,29 @@ ZAVO_API int ZAVO_CALL Zv_FreeBitmapRgn(BitmapHandle* bitmap);
 /** @return 1 for a bitmap with a region, be it empty; else 0 */
 ZAVO_API int ZAVO_CALL Zv_BitmapHasRgn(const BitmapHandle* bitmap);
 
+/**
+ * Gets the region (without one: the whole bitmap) as a region of the graphics interface. The region keeps the handle it
+ * gave last for the next call; any change of the region invalidates it.
+ * @param bitmap      the bitmap
+ * @param xform       the display in whose coordinates it is wanted, or null for stored coordinates
+ * @param region      receives the handle, null on failure
+ * @param callerOwns  receives 1 when the caller is to delete the handle, 0 when it stays the region's own
+ * @return KSUCCESS; KERR_BAD_BITMAP for a null bitmap; KERR_BAD_PARAMETER for null `region` or `callerOwns` or an
+ *         unusable transform; KERR_NO_MEMORY, also when the system refuses a region or coordinates pass 2^27
+ */
+ZAVO_API int ZAVO_CALL Zv_IntGetBitmapRgnHandle(BitmapHandle* bitmap, const RegionXForm* xform, HRGN* region,
+                                                int* callerOwns);
+/**
+ * As Zv_IntGetBitmapRgnHandle, but the handle is always the caller's to delete.
+ * @return KSUCCESS; 0 when Zv_IntGetBitmapRgnHandle fails; KERR_BAD_PARAMETER for null `region`; KERR_NO_MEMORY when
+ *         the region could not be copied. `region` receives null unless the result is KSUCCESS.
+ */
+ZAVO_API int ZAVO_CALL Zv_GetBitmapRgnHandle(BitmapHandle* bitmap, const RegionXForm* xform, HRGN* region);
+
 /* ------------------------------------------------------------------------------------------------------------
- * Region queries
+ * Region queries and framing
  *
- * They read the region and change nothing that a caller can see.
+ * They read the region and change nothing of it that a caller can see.
  * --------------------------------------------------------------------------------------------------------- */
 
 /** @return 1 when the stored pixel is in the region (without a region: in the bitmap), else 0; 0 for null */
@@ -1200,6 +1244,19 @@ ZAVO_API int ZAVO_CALL Zv_GetBitmapClipSegmentsMax(const BitmapHandle* bitmap, u
  * @return KSUCCESS; KERR_BAD_BITMAP for a null bitmap; KERR_BAD_PARAMETER for null `segments` or `count`
  */
 ZAVO_API int ZAVO_CALL Zv_GetBitmapClipSegments(const BitmapHandle* bitmap, int row, int* segments, unsigned* count);
+
+/**
+ * Draws the region's outline in stripes of four black and four white pixels; nothing for a bitmap without a region.
+ * Drawing with the types 0, 1, 2, ... in turn moves the stripes by a row each time.
+ * @param dc         the device context; its colours, brush and bitmap are as they were afterwards
+ * @param bitmap     the bitmap
+ * @param xform      where the picture lies on the device context, or null for stored coordinates
+ * @param frameType  0 to 7
+ * @return KSUCCESS; KERR_BAD_BITMAP for a null bitmap; KERR_BAD_PARAMETER for a null device context, another type or an
+ *         unusable transform; KERR_NO_MEMORY, also when the system refuses an object or the drawing, or coordinates
+ *         pass 2^27
+ */
+ZAVO_API int ZAVO_CALL Zv_FrameBitmapRgn(HDC dc, BitmapHandle* bitmap, const RegionXForm* xform, unsigned frameType);
 
 /* ------------------------------------------------------------------------------------------------------------
  * Animation playback
