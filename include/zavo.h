@@ -946,6 +946,19 @@ ZAVO_API int ZAVO_CALL Zv_ColorResBitmap(BitmapHandle* source, BitmapHandle* des
                                          unsigned options, const RGBQUAD* palette, unsigned colorCount);
 
 /**
+ * As Zv_ColorResBitmap for every item of a list, in place: all are converted or, on failure, none. Items that get an
+ * optimised palette share one, chosen from the colours of the whole list.
+ * @param list          the list; an empty one is a success
+ * @param bitsPerPixel  as for Zv_ColorResBitmap
+ * @param options       as for Zv_ColorResBitmap
+ * @param palette       as for Zv_ColorResBitmap
+ * @param colorCount    as for Zv_ColorResBitmap
+ * @return as Zv_ColorResBitmap; KERR_BAD_PARAMETER for a null list too; KERR_BAD_BITMAP when an item has no storage
+ */
+ZAVO_API int ZAVO_CALL Zv_ColorResBitmapList(BitmapListHandle list, int bitsPerPixel, unsigned options,
+                                             const RGBQUAD* palette, unsigned colorCount);
+
+/**
  * Carries a colour value from one bitmap to another. A palette index of `source` becomes its colour, or, for a
  * destination of up to 8 bits, the nearest index there (an index that has the same colour in both keeps its number).
  * A plain colour stays as it is.

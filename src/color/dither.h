@@ -11,12 +11,17 @@ namespace zavo {
 
 struct DitherRun;
 
+// 1 to 6 error diffusion, 7 and 8 ordered; any other value of DitheringMethod stands for the nearest entry.
+[[nodiscard]] constexpr bool isDitheringMethod(int method) {
+  return method >= 1 && method <= 8;
+}
+
 struct DitherSource {
   int width;
   int bitsPerPixel;        // 1 to 8, 16, 24, 32; 0 for grey levels of 8 bits
   int colorOrder;          // of 16 bits and up
   const RGBQUAD* palette;  // of 1 to 8 bits: 1 << bitsPerPixel entries
-  int method;              // 1 to 6 error diffusion, 7 and 8 ordered, any other: the nearest entry
+  int method;
 };
 
 struct DitherPalette {

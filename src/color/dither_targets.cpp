@@ -57,7 +57,7 @@ void setDitherTarget(DitherTarget& target, int kind, const RGBQUAD* palette, uns
   target.colorCount = colorCount;
   if (kind == cubeKind) {
     palette = cubePalette();
-    target.colorCount = 216;
+    target.colorCount = cubeColors;
   } else if (kind != noFixedKind) {
     palette = fixedPalette(kind - 1);
     target.colorCount = 1u << (kind - 1);

@@ -13,6 +13,7 @@ namespace zavo {
 // Kinds of target palette: 0 none of the fixed ones, bits + 1 the fixed palette of 1 to 8 bits.
 constexpr int noFixedKind = 0;
 constexpr int cubeKind = 10;  // the colour cube of six levels
+constexpr unsigned cubeColors = 216;
 
 constexpr int fixedKind(int bitsPerPixel) {
   return bitsPerPixel + 1;

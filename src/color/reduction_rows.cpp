@@ -2,6 +2,7 @@
 // source has a palette, a map from index to index does it all.
 #include "color/reduction_rows.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "color/palettes.h"
@@ -16,26 +17,41 @@ int colorOrderOf(const BitmapHandle& bitmap) {
   return bitmap.ColorOrder == ORDER_BLUE_FIRST ? ORDER_BLUE_FIRST : ORDER_RED_FIRST;
 }
 
+// The target has an entry for every colour that the source can have.
+bool holdsColors(const ReductionTarget& target, const RGBQUAD* palette, int sourceBits) {
+  if (target.gray && target.bitsPerPixel == 8) return true;
+  if (sourceBits > 8) return false;
+  return std::all_of(palette, palette + (size_t{1} << sourceBits), [&](RGBQUAD color) {
+    if (target.gray) {
+      color.rgbRed = luminance(color.rgbRed, color.rgbGreen, color.rgbBlue);
+      color.rgbGreen = color.rgbBlue = color.rgbRed;
+    }
+    return std::any_of(target.palette, target.palette + target.colorCount, [&](const RGBQUAD& entry) {
+      return entry.rgbRed == color.rgbRed && entry.rgbGreen == color.rgbGreen && entry.rgbBlue == color.rgbBlue;
+    });
+  });
+}
+
 }  // namespace
 
-int ReductionRows::prepare(const BitmapHandle& source, const ReductionTarget& target) {
+int ReductionRows::prepare(const BitmapHandle& source, const ReductionTarget& target, int method) {
   width_ = static_cast<unsigned>(source.Width);
   sourceBits_ = source.BitsPerPixel;
   targetBits_ = target.bitsPerPixel;
+  if (sourceBits_ <= 8) readPaletteOrFixed(source, palette_);
   if (target.bitsPerPixel > 8) return planConversion(source, target.bitsPerPixel, target.colorOrder);
 
   pack_ = packFunction(targetBits_);
   indexes_ = OsBlock<uint8_t>::allocate(width_);
   if (!indexes_) return KERR_NO_MEMORY;
+  if (method != 0 && !holdsColors(target, palette_, sourceBits_)) return planDither(source, target, method);
   if (target.gray) return planGray(source, target);
-  return sourceBits_ <= 8 ? planMap(source, target) : planMatch(source, target);
+  return sourceBits_ <= 8 ? planMap(target) : planMatch(source, target);
 }
 
 int ReductionRows::planConversion(const BitmapHandle& source, int bits, int order) {
-  RGBQUAD palette[256];
-  if (sourceBits_ <= 8) readPaletteOrFixed(source, palette);
   run_ = &ReductionRows::convertRow;
-  return converter_.prepare(sourceBits_, bits, colorOrderOf(source), order, palette, nullptr);
+  return converter_.prepare(sourceBits_, bits, colorOrderOf(source), order, palette_, nullptr);
 }
 
 int ReductionRows::planGray(const BitmapHandle& source, const ReductionTarget& target) {
@@ -45,10 +61,8 @@ int ReductionRows::planGray(const BitmapHandle& source, const ReductionTarget& t
   return KSUCCESS;
 }
 
-int ReductionRows::planMap(const BitmapHandle& source, const ReductionTarget& target) {
-  RGBQUAD palette[256];
-  readPaletteOrFixed(source, palette);
-  const bool identity = buildPaletteMap(map_, palette, 1u << sourceBits_, target.palette, target.colorCount);
+int ReductionRows::planMap(const ReductionTarget& target) {
+  const bool identity = buildPaletteMap(map_, palette_, 1u << sourceBits_, target.palette, target.colorCount);
   unpack_ = unpackFunction(sourceBits_);
   run_ = identity && sourceBits_ == targetBits_ ? &ReductionRows::copyRow : &ReductionRows::mapRow;
   return KSUCCESS;
@@ -62,6 +76,25 @@ int ReductionRows::planMatch(const BitmapHandle& source, const ReductionTarget& 
   matcher_.prepare(target.palette, target.colorCount, table);
   run_ = table != nullptr ? &ReductionRows::matchRow<true> : &ReductionRows::matchRow<false>;
   return KSUCCESS;
+}
+
+// A grey target takes brightness: colours are dithered as the grey they count for.
+int ReductionRows::planDither(const BitmapHandle& source, const ReductionTarget& target, int method) {
+  if (target.gray) {
+    if (const int status = planConversion(source, 0, 0); status != KSUCCESS) return status;
+  }
+  run_ = target.gray ? &ReductionRows::ditherGray : &ReductionRows::ditherColors;
+  DitherRun* run = nullptr;
+  const int status = openDitherRun(
+      run,
+      {.width = source.Width,
+       .bitsPerPixel = target.gray ? 0 : sourceBits_,
+       .colorOrder = colorOrderOf(source),
+       .palette = palette_,
+       .method = method},
+      {.kind = target.kind, .colors = target.palette, .count = target.colorCount, .bitsPerPixel = targetBits_});
+  dither_.reset(run);
+  return status;
 }
 
 void ReductionRows::copyRow(uint8_t* destination, const uint8_t* source) {
@@ -80,6 +113,15 @@ void ReductionRows::grayRow(uint8_t* destination, const uint8_t* source) {
 void ReductionRows::mapRow(uint8_t* destination, const uint8_t* source) {
   unpack_(indexes_.get(), source, 0, width_);
   packMapped(destination);
+}
+
+void ReductionRows::ditherColors(uint8_t* destination, const uint8_t* source) {
+  ditherRow(*dither_.get(), destination, source);
+}
+
+void ReductionRows::ditherGray(uint8_t* destination, const uint8_t* source) {
+  converter_.convert(indexes_.get(), source, width_);
+  ditherRow(*dither_.get(), destination, indexes_.get());
 }
 
 void ReductionRows::packMapped(uint8_t* destination) {

@@ -14,7 +14,6 @@ namespace {
 
 constexpr unsigned paletteOptions =
     COLORRES_GIVEN_PALETTE | COLORRES_FIXED_PALETTE | COLORRES_OPTIMISED_PALETTE | COLORRES_GRAY_PALETTE;
-constexpr unsigned cubeColors = 216;
 
 bool hasPalette(int bitsPerPixel) {
   return bitsPerPixel >= 1 && bitsPerPixel <= 8;
@@ -28,18 +27,22 @@ void setGrayPalette(ReductionTarget& target) {
     target.palette[i] = {level, level, level, 0};
   }
   target.colorCount = last + 1;
+  target.kind = fixedKindOf(target.palette, target.colorCount);
   target.gray = true;
 }
 
+// A part of a fixed palette is not that palette: its dithering would give indexes beyond the part.
 void setPalette(ReductionTarget& target, const RGBQUAD* palette, unsigned count) {
   memcpy(target.palette, palette, count * sizeof(RGBQUAD));
   target.colorCount = count;
+  target.kind = count > 1 && std::has_single_bit(count) ? fixedKindOf(palette, count) : noFixedKind;
 }
 
 // The six-level cube goes by its number of colours.
 void setFixedPalette(ReductionTarget& target, unsigned colorCount) {
   if (target.bitsPerPixel == 8 && colorCount == cubeColors) {
     setPalette(target, cubePalette(), cubeColors);
+    target.kind = cubeKind;
   } else {
     setPalette(target, fixedPalette(target.bitsPerPixel), 1u << target.bitsPerPixel);
   }
@@ -72,9 +75,6 @@ void setFormat(ReductionTarget& target, const ReductionRequest& request) {
   target.bitsPerPixel = request.bitsPerPixel == 0 ? 8 : request.bitsPerPixel;
   const bool blueFirst = (request.options & COLORRES_BLUE_FIRST) != 0;
   target.colorOrder = blueFirst && target.bitsPerPixel > 8 ? ORDER_BLUE_FIRST : ORDER_RED_FIRST;
-  target.gray = false;
-  target.colorCount = 0;
-  std::fill(std::begin(target.palette), std::end(target.palette), RGBQUAD{});
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "color/dither_targets.h"
 #include "core/memory.h"
 
 namespace zavo {
@@ -18,11 +19,12 @@ struct ReductionRequest {
 };
 
 struct ReductionTarget {
-  int bitsPerPixel;     // 1 to 8, 16, 24, 32
-  int colorOrder;       // of 16 bits and up
-  bool gray;            // the palette is an even grey ramp, and colours count by their brightness
-  unsigned colorCount;  // palette entries in use; the rest up to 1 << bitsPerPixel is black
-  RGBQUAD palette[256];
+  int bitsPerPixel = 0;     // 1 to 8, 16, 24, 32
+  int colorOrder = 0;       // of 16 bits and up
+  bool gray = false;        // the palette is an even grey ramp, and colours count by their brightness
+  int kind = noFixedKind;   // of the palette, for dithering
+  unsigned colorCount = 0;  // palette entries in use; the rest up to 1 << bitsPerPixel is black
+  RGBQUAD palette[256] = {};
   OsBlock<uint32_t> inverseMap;  // of an optimised palette: index + 1 for every 15-bit colour that occurs
 };
 

@@ -165,6 +165,7 @@ class [[nodiscard]] BitmapLock {
 class [[nodiscard]] OwnedBitmap {
  public:
   OwnedBitmap() = default;
+  explicit OwnedBitmap(const BitmapHandle& handle) : handle_(handle) {}
   OwnedBitmap(const OwnedBitmap&) = delete;
   OwnedBitmap& operator=(const OwnedBitmap&) = delete;
   ~OwnedBitmap() { Zv_FreeBitmap(&handle_); }

@@ -1,6 +1,7 @@
 // Reducing colours: every source depth with every target and palette against a model, and what carries over.
 #include <zavo.h>
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -142,6 +143,128 @@ TEST(ColorReduction, RefusesWhatItCannotDo) {
         << c.bits << " bits, options " << c.options << ", " << c.count << " colours";
     EXPECT_EQ(result.allocated(), c.status == KSUCCESS);
   }
+}
+
+// Rows of indexes as a dither run on the bitmap gives them.
+std::vector<uint8_t> ditheredRow(BitmapHandle& source, unsigned y, const BitmapHandle& result) {
+  std::vector<uint8_t> row(source.BytesPerLine), dithered(result.BytesPerLine);
+  Zv_GetBitmapRow(&source, row.data(), y, source.BytesPerLine);
+  Zv_DitherLine(&source, row.data(), dithered.data());
+  return dithered;
+}
+
+void expectDithered(BitmapHandle& source, BitmapHandle& result, unsigned colors) {
+  const Palette palette = paletteOf(result);
+  ASSERT_EQ(Zv_StartDithering(&source, palette.data(), colors), KSUCCESS);
+  for (unsigned y = 0; y < static_cast<unsigned>(source.Height); ++y) {
+    std::vector<uint8_t> row(result.BytesPerLine);
+    Zv_GetBitmapRow(&result, row.data(), y, result.BytesPerLine);
+    ASSERT_EQ(row, ditheredRow(source, y, result)) << "row " << y;
+  }
+  Zv_StopDithering(&source);
+}
+
+TEST(ColorReduction, DithersByTheSourcesMethod) {
+  std::mt19937 random(237);
+  for (int method = 1; method <= 8; ++method) {
+    for (const int depth : {4, 16, 24, 32}) {
+      for (const int bits : {1, 3, 4, 8}) {
+        for (const unsigned option : paletteOptions) {
+          SCOPED_TRACE(testing::Message()
+                       << "method " << method << ", " << depth << " to " << bits << " bits, option " << option);
+          TestBitmap source(81, 12, depth), gray, result;
+          ASSERT_TRUE(source.allocated());
+          if (option == 0 && depth <= bits) continue;  // keeps its colours
+          fillWithPicture(source, random);
+          if (depth == 4) setPalette(source, noisePalette(16, random));
+          source.DitheringMethod = method;
+          const Palette given = noisePalette(1u << bits, random);
+          ASSERT_EQ(Zv_ColorResBitmap(&source, &result, bits, option, given.data(), 1u << bits), KSUCCESS);
+          if (option == COLORRES_GRAY_PALETTE && bits == 8) continue;  // has every grey
+          BitmapHandle* dithered = &source;
+          if (option == COLORRES_GRAY_PALETTE) {
+            ASSERT_EQ(Zv_ColorResBitmap(&source, &gray, 0, 0, nullptr, 0), KSUCCESS);
+            dithered = &gray;
+          }
+          // An optimised palette of fewer colours ends in black entries that are none of its own.
+          const Palette palette = paletteOf(result);
+          auto colors = static_cast<unsigned>(palette.size());
+          while (option == 0 && colors > 1 && colorOf(palette[colors - 1]) == Color{}) --colors;
+          expectDithered(*dithered, result, colors);
+          if (HasFailure()) return;
+        }
+      }
+    }
+  }
+}
+
+// A palette of more bits, or one that has all the colours in other places, loses nothing: no pattern may show.
+TEST(ColorReduction, ColorsThatAreThereAreNotDithered) {
+  std::mt19937 random(238);
+  TestBitmap source(50, 6, 4);
+  ASSERT_TRUE(source.allocated());
+  fillWithNoise(source, random);
+  const Palette palette = noisePalette(16, random);
+  setPalette(source, palette);
+  const std::vector<Color> before = colorsOf(source);
+  const Palette reversed(palette.rbegin(), palette.rend());
+  source.DitheringMethod = 7;
+  const struct {
+    int bits;
+    unsigned option;
+  } cases[] = {
+      {8, 0}, {4, 0}, {4, COLORRES_GIVEN_PALETTE}, {5, COLORRES_GIVEN_PALETTE}, {6, COLORRES_OPTIMISED_PALETTE}};
+  for (const auto& c : cases) {
+    TestBitmap result;
+    ASSERT_EQ(Zv_ColorResBitmap(&source, &result, c.bits, c.option, reversed.data(), 16), KSUCCESS);
+    EXPECT_EQ(colorsOf(result), before) << c.bits << " bits, option " << c.option;
+  }
+}
+
+// The entries that pad a given palette are never used, nor are those of a fixed palette that it begins like.
+TEST(ColorReduction, OnlyGivenColorsAreUsed) {
+  std::mt19937 random(239);
+  TestBitmap source(40, 8, 24);
+  ASSERT_TRUE(source.allocated());
+  fillWithNoise(source, random);
+  const Palette grays(Zv_IntGetFixedPalette(2), Zv_IntGetFixedPalette(2) + 4);
+  for (int method = 0; method <= 8; ++method) {
+    source.DitheringMethod = method;
+    TestBitmap result;
+    ASSERT_EQ(Zv_ColorResBitmap(&source, &result, 8, COLORRES_GIVEN_PALETTE, grays.data() + 1, 3), KSUCCESS);
+    for (const uint32_t index : pictureOf(result).pixels) ASSERT_LT(index, 3u) << "method " << method;
+    TestBitmap first;
+    ASSERT_EQ(Zv_ColorResBitmap(&source, &first, 2, COLORRES_GIVEN_PALETTE, grays.data(), 3), KSUCCESS);
+    for (const uint32_t index : pictureOf(first).pixels) ASSERT_LT(index, 3u) << "method " << method;
+  }
+}
+
+TEST(ColorReduction, CubeOfSixLevels) {
+  std::mt19937 random(240);
+  TestBitmap source(64, 64, 24), result;
+  ASSERT_TRUE(source.allocated());
+  fillWithNoise(source, random);
+  source.DitheringMethod = 1;
+  ASSERT_EQ(Zv_ColorResBitmap(&source, &result, 8, COLORRES_FIXED_PALETTE, nullptr, 216), KSUCCESS);
+  const Palette palette = paletteOf(result);
+  for (unsigned i = 0; i < 216; ++i) {
+    ASSERT_EQ(colorOf(palette[i]), (Color{i / 36 * 51, i / 6 % 6 * 51, i % 6 * 51}));
+  }
+  for (const uint32_t index : pictureOf(result).pixels) ASSERT_LT(index, 216u);
+}
+
+TEST(ColorReduction, MatchTableOfTheThreadIsUsed) {
+  TestBitmap source(3, 1, 24), result;
+  ASSERT_TRUE(source.allocated());
+  const uint8_t row[] = {0, 0, 255, 0, 255, 0, 255, 0, 0};
+  Zv_PutBitmapRow(&source, row, 0, 9);
+  std::vector<unsigned> table(32768, 6);  // every colour to entry 5
+  table[31 << 5] = 0;                     // green is unknown
+  table[31] = 300;                        // blue has an entry of a larger palette
+  unsigned* const previous = Zv_SetUserMatchTable(table.data());
+  EXPECT_EQ(Zv_ColorResBitmap(&source, &result, 3, COLORRES_FIXED_PALETTE | COLORRES_NEAREST, nullptr, 0), KSUCCESS);
+  Zv_SetUserMatchTable(previous);
+  EXPECT_EQ(pictureOf(result).pixels, (std::vector<uint32_t>{5, 2, 1}));
 }
 
 TEST(ColorReduction, DescriptionCarriesOver) {
