@@ -970,6 +970,27 @@ ZAVO_API int ZAVO_CALL Zv_ColorResBitmapList(BitmapListHandle list, int bitsPerP
  */
 ZAVO_API COLORREF ZAVO_CALL Zv_TranslateBitmapColor(BitmapHandle* destination, BitmapHandle* source, COLORREF color);
 
+/** Colour spaces of Zv_ConvertColorSpace: what the three bytes of a pixel are. */
+enum {
+  SPACE_BGR = 0,   /**< Blue, green, red. */
+  SPACE_YCBCR = 1, /**< Y, Cb, Cr of BT.601, full range, no colour at 128. */
+  SPACE_CMY = 2,   /**< Cyan, magenta, yellow. */
+  SPACE_HSV = 3,   /**< Hue (0 to 255 for the full circle: red 0, green 85, blue 171), saturation, value. */
+  SPACE_HLS = 4    /**< Hue, lightness, saturation. */
+};
+
+/**
+ * Converts a row of 3-byte pixels from one colour space to another, in place. Values are rounded to the nearest; greys
+ * have hue and saturation 0.
+ * @param buffer            `width` pixels
+ * @param width             pixels, at least 1
+ * @param sourceSpace       SPACE_ value
+ * @param destinationSpace  SPACE_ value
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null buffer, a width of 0 or another space
+ */
+ZAVO_API int ZAVO_CALL Zv_ConvertColorSpace(unsigned char* buffer, unsigned width, int sourceSpace,
+                                            int destinationSpace);
+
 /* ------------------------------------------------------------------------------------------------------------
  * Device-independent bitmaps
  *

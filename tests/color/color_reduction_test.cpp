@@ -281,6 +281,8 @@ TEST(ColorReduction, DescriptionCarriesOver) {
     source.PlaybackLeft = 5;
     source.PlaybackDelay = 70;
     source.PlaybackTransparentColor = 0x102030;
+    const RECT rect = {3, 1, 9, 5};
+    ASSERT_EQ(Zv_SetBitmapRgnRect(&source, nullptr, &rect, CombineSet), KSUCCESS);
     BitmapHandle* destination = inPlace ? nullptr : &result;
     ASSERT_EQ(Zv_ColorResBitmap(&source, destination, 8, COLORRES_FIXED_PALETTE, nullptr, 0), KSUCCESS);
     const BitmapHandle& made = inPlace ? source : result;
@@ -296,6 +298,10 @@ TEST(ColorReduction, DescriptionCarriesOver) {
     EXPECT_EQ(made.PlaybackLeft, 5);
     EXPECT_EQ(made.PlaybackDelay, 70u);
     EXPECT_EQ(made.PlaybackTransparentColor, 0x102030u);
+    RECT bounds;
+    ASSERT_EQ(Zv_GetBitmapRgnBounds(&made, nullptr, &bounds), KSUCCESS);
+    EXPECT_TRUE(EqualRect(&bounds, &rect));
+    EXPECT_NE(source.Region, result.Region);
   }
 }
 
