@@ -375,6 +375,18 @@ ZAVO_API int ZAVO_CALL Zv_RectFromBitmap(BitmapHandle* bitmap, int perspective, 
 /** The reverse: carries a rectangle from the frame of `perspective` to the bitmap's own. */
 ZAVO_API int ZAVO_CALL Zv_RectToBitmap(BitmapHandle* bitmap, int perspective, RECT* rect);
 
+/**
+ * Stores the pixels again so that the bitmap shows the same picture with another view perspective. The status callback
+ * is not called.
+ * @param destination  receives a changed copy of the source; null or the source itself: the source is changed in place
+ * @param source       the bitmap, untouched when there is a separate destination
+ * @param perspective  the VIEW_ value wanted
+ * @return KSUCCESS, at once when the bitmap has that perspective; KERR_BAD_PARAMETER for a source that is null or
+ *         unallocated; KERR_NO_MEMORY; a row's code. A destination owns nothing after a failure. A bottom-up bitmap
+ * whose turn fails after its flip is left flipped, with perspective 0: it shows the same picture.
+ */
+ZAVO_API int ZAVO_CALL Zv_ChangeBitmapViewPerspective(BitmapHandle* destination, BitmapHandle* source, int perspective);
+
 /* ------------------------------------------------------------------------------------------------------------
  * Run-length rows
  *
@@ -1302,6 +1314,86 @@ ZAVO_API int ZAVO_CALL Zv_FrameBitmapRgn(HDC dc, BitmapHandle* bitmap, const Reg
  * @return KSUCCESS; KERR_BAD_PARAMETER when either is null
  */
 ZAVO_API int ZAVO_CALL Zv_CopyPlaybackParms(BitmapHandle* destination, BitmapHandle* source);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Shear, flip and mirror
+ *
+ * Angles are in hundredths of a degree.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Mirrors the seen picture top to bottom, in place; the region goes along. Stopped by the callback, the rows already
+ * exchanged stay exchanged and the region is unchanged.
+ * @return KSUCCESS; KERR_BAD_BITMAP for null or unallocated; KERR_NO_MEMORY; KERR_SEEK, KERR_READ, KERR_WRITE from a
+ *         temporary file; what the status callback returned
+ */
+ZAVO_API int ZAVO_CALL Zv_FlipBitmap(BitmapHandle* bitmap);
+
+/** Mirrors the seen picture left to right; otherwise as Zv_FlipBitmap. */
+ZAVO_API int ZAVO_CALL Zv_ReverseBitmap(BitmapHandle* bitmap);
+
+/**
+ * Reverses the pixel order of one packed row in place; the bits behind the last pixel of its last byte become zero.
+ * @param row           (width * bitsPerPixel + 7) / 8 bytes
+ * @param width         pixels
+ * @param bitsPerPixel  1 to 8, 16 or 24; any other value means 32
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null row
+ */
+ZAVO_API int ZAVO_CALL Zv_MirrorLine(unsigned char* row, unsigned width, int bitsPerPixel);
+
+/**
+ * Shears the seen picture into a wider (or taller) bitmap, in place. The top row (for a vertical shear the leftmost
+ * column) stays; the rows below it move to the right (the columns to the right of it up) by the tangent of the angle,
+ * to the other side for a negative angle. The region goes along.
+ * @param bitmap      the bitmap
+ * @param angle       -4500 to 4500
+ * @param horizontal  not 0: rows move sideways; 0: columns move up and down
+ * @param fill        colour of the uncovered pixels; a top byte of 1 marks a palette index
+ * @return KSUCCESS; KERR_BAD_BITMAP for null or unallocated; KERR_BAD_PARAMETER for an angle out of range or a result
+ *         whose rows would exceed 32768 bytes; KERR_NO_MEMORY; a row's code; what the status callback returned. On
+ *         failure the bitmap is unchanged.
+ */
+ZAVO_API int ZAVO_CALL Zv_ShearBitmap(BitmapHandle* bitmap, int angle, int horizontal, COLORREF fill);
+
+/** @return 16384 times the sine of `angle`, rounded; any angle is taken */
+ZAVO_API int ZAVO_CALL Zv_SinValue(int angle);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Rotation
+ * --------------------------------------------------------------------------------------------------------- */
+
+/** Flags of the rotations. */
+enum {
+  ROTATE_RESIZE = 1,  /**< The bitmap grows to hold the result; clear: it keeps its size and corners are cut. */
+  ROTATE_RESAMPLE = 2 /**< Bilinear sampling for 16 bits and up and for grey palettes; ignored for others. */
+};
+
+/**
+ * Turns the seen picture clockwise about its centre, in place; the region turns along. Quarter turns that keep all
+ * pixels (ROTATE_RESIZE, a square bitmap, or 180 degrees) are exact.
+ * @param bitmap  the bitmap
+ * @param angle   hundredths of a degree, any value; negative turns the other way
+ * @param flags   ROTATE_ values
+ * @param fill    colour of the uncovered pixels; a top byte of 1 marks a palette index
+ * @return KSUCCESS; KERR_BAD_BITMAP for null or unallocated; KERR_NO_MEMORY; a row's code; what the status callback
+ *         returned. On failure the bitmap is unchanged.
+ */
+ZAVO_API int ZAVO_CALL Zv_RotateBitmapFine(BitmapHandle* bitmap, int angle, unsigned flags, COLORREF fill);
+
+/** As Zv_RotateBitmapFine, turning the stored image clockwise, whatever the view perspective. */
+ZAVO_API int ZAVO_CALL Zv_IntRotateBitmapFine(BitmapHandle* bitmap, int angle, unsigned flags, COLORREF fill);
+
+/** As Zv_RotateBitmapFine, with the angle in whole degrees. */
+ZAVO_API int ZAVO_CALL Zv_RotateBitmap(BitmapHandle* bitmap, int degrees, unsigned flags, COLORREF fill);
+
+/**
+ * Turns the seen picture clockwise by quarter turns, through ViewPerspective alone where the turned picture has a code
+ * (pixels then do not move), else by moving pixels.
+ * @param degrees  a multiple of 90
+ * @return KSUCCESS; KERR_BAD_BITMAP for null or unallocated; KERR_BAD_PARAMETER for another angle; as
+ *         Zv_RotateBitmapFine when pixels move
+ */
+ZAVO_API int ZAVO_CALL Zv_RotateBitmapViewPerspective(BitmapHandle* bitmap, int degrees);
 
 #ifdef __cplusplus
 }

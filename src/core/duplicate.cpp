@@ -79,6 +79,13 @@ int duplicateBitmap(BitmapHandle& destination, BitmapHandle& source, int width, 
   return status;
 }
 
+int duplicateEmpty(BitmapHandle& made, BitmapHandle& source, int width, int height) {
+  const unsigned flags = DUP_STORAGE | DUP_PALETTE;
+  const int status = duplicateBitmap(made, source, width, height, source.BitsPerPixel, flags);
+  made.Region = nullptr;
+  return status;
+}
+
 void discardDuplicate(BitmapHandle& duplicate, unsigned flags) {
   if ((flags & DUP_PALETTE) == 0) duplicate.Palette = nullptr;
   if ((flags & DUP_REGION) == 0) duplicate.Region = nullptr;

@@ -7,18 +7,23 @@
 
 namespace zavo {
 
+// The part of an operation's progress that one of its stages stands for, in percent.
+struct ProgressShare {
+  int base = 0;     // where the stage begins
+  int range = 100;  // how much it advances in all
+};
+
 // Counts `steps` of work as a percentage and calls the thread's status callback. The percentage advances by
 // 100 / steps a step, the remainder is carried; with more than 100 steps the callback is called only when the
 // percentage changes. Every call returns KSUCCESS to go on, or the callback's result, with which the operation ends.
 class Progress {
  public:
-  // `range` is the share of the whole that these steps stand for; `base` is where it begins.
-  explicit Progress(int steps, int base = 0, int range = 100)
+  explicit Progress(int steps, ProgressShare share = {})
       : callback_(currentSettings().statusCallback),
         steps_(steps > 0 ? steps : 1),
-        perStep_(range / steps_),
-        remainderPerStep_(range % steps_),
-        percent_(base) {}
+        perStep_(share.range / steps_),
+        remainderPerStep_(share.range % steps_),
+        percent_(share.base) {}
 
   // Reports the starting percentage.
   [[nodiscard]] int begin() { return report(); }

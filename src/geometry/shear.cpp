@@ -1,0 +1,189 @@
+// Shearing: every row moves sideways a little further than the one before.
+//
+// The top row as seen stays, rows below it move to the right for a positive angle. A vertical shear is a horizontal
+// one of the image turned by a quarter: columns rise to the right. A negative angle is the mirrored shear, which comes
+// out the same as moving every row from the far end.
+#include <zavo.h>
+
+#include <cstring>
+
+#include "color/color_row.h"
+#include "core/duplicate.h"
+#include "core/owners.h"
+#include "core/packed_pixels.h"
+#include "core/progress.h"
+#include "core/rows.h"
+#include "core/status.h"
+#include "geometry/quarter_turn.h"
+#include "geometry/region_by_mask.h"
+#include "geometry/sine_table.h"
+
+namespace zavo {
+namespace {
+
+constexpr int steepest = 4500;
+constexpr int64_t widestRowBytes = 32768;
+constexpr int turnShare = 20;    // percent of the progress that the first quarter turn stands for
+constexpr int reverseShare = 5;  // and the mirroring of a negative angle
+
+// How the stored image is sheared so that the picture is sheared as seen.
+struct ShearPlan {
+  int quarters;      // clockwise quarters that the stored image is turned by before, and back after
+  bool fromLastRow;  // of the turned image, which row stays
+  bool mirrored;     // rows move to the left
+};
+
+ShearPlan planShear(int perspective, bool horizontal, int angle) {
+  ShearPlan plan = {};
+  switch (perspective) {
+    case VIEW_BOTTOM_UP:
+      plan = horizontal ? ShearPlan{0, true, false} : ShearPlan{1, false, true};
+      break;
+    case VIEW_TURNED_90:
+      plan = horizontal ? ShearPlan{1, false, false} : ShearPlan{0, true, true};
+      break;
+    case VIEW_TURNED_270:
+      plan = horizontal ? ShearPlan{3, false, false} : ShearPlan{0, false, false};
+      break;
+    default:
+      plan = horizontal ? ShearPlan{0, false, false} : ShearPlan{1, false, false};
+      break;
+  }
+  if (angle < 0) plan.mirrored = !plan.mirrored;
+  return plan;
+}
+
+// Pixels by which rows move, row after row. The comparison with the cosine is strict, on purpose.
+class ShiftSteps {
+ public:
+  explicit ShiftSteps(int angle)
+      : cosine_(cosine(angle)), quotient_(sine(angle) / cosine_), remainder_(sine(angle) % cosine_) {}
+
+  [[nodiscard]] int current() const { return shift_; }
+  void next() {
+    shift_ += quotient_;
+    accumulated_ += remainder_;
+    if (accumulated_ > cosine_) {
+      accumulated_ -= cosine_;
+      ++shift_;
+    }
+  }
+
+ private:
+  int cosine_;
+  int quotient_;
+  int remainder_;
+  int shift_ = 0;
+  int accumulated_ = 0;
+};
+
+// Puts a row's pixels into a wider row at a pixel offset.
+class RowPlacer {
+ public:
+  explicit RowPlacer(const BitmapHandle& bitmap)
+      : bitsPerPixel_(bitmap.BitsPerPixel), width_(static_cast<unsigned>(bitmap.Width)) {}
+
+  [[nodiscard]] int open() {
+    if (bitsPerPixel_ >= 8) return KSUCCESS;
+    indexes_ = OsBlock<uint8_t>::allocate(width_);
+    return indexes_ ? KSUCCESS : KERR_NO_MEMORY;
+  }
+
+  void place(uint8_t* to, const uint8_t* from, unsigned offset) const {
+    if (bitsPerPixel_ < 8) {
+      unpackFunction(bitsPerPixel_)(indexes_.get(), from, 0, width_);
+      packFunction(bitsPerPixel_)(to, indexes_.get(), offset, width_);
+    } else {
+      const size_t pixelBytes = static_cast<unsigned>(bitsPerPixel_) / 8;
+      memcpy(to + offset * pixelBytes, from, width_ * pixelBytes);
+    }
+  }
+
+ private:
+  int bitsPerPixel_;
+  unsigned width_;
+  OsBlock<uint8_t> indexes_;
+};
+
+int shearPixels(BitmapHandle& sheared, BitmapHandle& source, int angle, const ShearPlan& plan, COLORREF fill,
+                ProgressShare share) {
+  const BitmapLock sourceLock(source);
+  const BitmapLock shearedLock(sheared);
+  RowReader reader(source);
+  RowWriter writer(sheared);
+  RowPlacer placer(source);
+  if (const int status = reader.open(); status != KSUCCESS) return status;
+  if (const int status = writer.open(); status != KSUCCESS) return status;
+  if (const int status = placer.open(); status != KSUCCESS) return status;
+  auto background = OsBlock<uint8_t>::allocateZeroed(sheared.BytesPerLine);
+  if (!background) return KERR_NO_MEMORY;
+  fillColorRow(background.get(), sheared, fill, static_cast<unsigned>(sheared.Width));
+
+  const int room = sheared.Width - source.Width;
+  ShiftSteps shift(angle);
+  Progress progress(source.Height, share);
+  if (const int status = progress.begin(); status != KSUCCESS) return status;
+  for (int k = 0; k < source.Height; ++k, shift.next()) {
+    const auto y = static_cast<unsigned>(plan.fromLastRow ? source.Height - 1 - k : k);
+    const uint8_t* from = reader.row(y);
+    if (from == nullptr) return reader.status();
+    uint8_t* to = writer.row(y);
+    memcpy(to, background.get(), sheared.BytesPerLine);
+    placer.place(to, from, static_cast<unsigned>(plan.mirrored ? room - shift.current() : shift.current()));
+    if (const int status = writer.commit(y); status != KSUCCESS) return status;
+    if (const int status = progress.step(); status != KSUCCESS) return status;
+  }
+  return KSUCCESS;
+}
+
+// Builds the sheared image without its region. `angle` is not negative from here on.
+int buildSheared(OwnedBitmap& sheared, BitmapHandle& source, int angle, const ShearPlan& plan, COLORREF fill,
+                 ProgressShare share) {
+  const int64_t width = source.Width + int64_t{sine(angle)} * source.Height / cosine(angle);
+  if (width * source.BitsPerPixel / 8 > widestRowBytes) return KERR_BAD_PARAMETER;
+  if (const int status = duplicateEmpty(*sheared, source, static_cast<int>(width), source.Height); status != KSUCCESS) {
+    return status;
+  }
+  return shearPixels(*sheared, source, angle, plan, fill, share);
+}
+
+// Builds the sheared image with its region.
+int buildShearedWithRegion(OwnedBitmap& sheared, BitmapHandle& source, int angle, const ShearPlan& plan, COLORREF fill,
+                           ProgressShare share) {
+  if (const int status = buildSheared(sheared, source, angle, plan, fill, share); status != KSUCCESS) return status;
+  return carryRegionByMask(*sheared, source, [&](OwnedBitmap& result, BitmapHandle& mask) {
+    return buildSheared(result, mask, angle, plan, outsideMask, {100, 0});
+  });
+}
+
+int shearInPlace(BitmapHandle& bitmap, int angle, bool horizontal, COLORREF fill) {
+  const ShearPlan plan = planShear(bitmap.ViewPerspective, horizontal, angle);
+  const int begin = (plan.quarters != 0 ? turnShare : 0) + (angle < 0 ? reverseShare : 0);
+  const ProgressShare share = {begin, 100 - begin};
+  const int steepness = angle < 0 ? -angle : angle;
+  OwnedBitmap sheared;
+  if (plan.quarters == 0) {
+    const int status = buildShearedWithRegion(sheared, bitmap, steepness, plan, fill, share);
+    if (status != KSUCCESS) return status;
+  } else {
+    OwnedBitmap turned, shearedTurned;
+    int status = buildQuarterTurn(turned, bitmap, plan.quarters, {0, turnShare});
+    if (status == KSUCCESS) status = buildShearedWithRegion(shearedTurned, *turned, steepness, plan, fill, share);
+    if (status == KSUCCESS) status = buildQuarterTurn(sheared, *shearedTurned, 4 - plan.quarters, {100, 0});
+    if (status != KSUCCESS) return status;
+  }
+  (void)Zv_TrimBitmapHeap(sheared.get());
+  sheared.moveInto(bitmap);
+  return KSUCCESS;
+}
+
+}  // namespace
+}  // namespace zavo
+
+using namespace zavo;
+
+int ZAVO_CALL Zv_ShearBitmap(BitmapHandle* bitmap, int angle, int horizontal, COLORREF fill) {
+  if (!isAllocated(bitmap)) return KERR_BAD_BITMAP;
+  if (angle < -steepest || angle > steepest) return KERR_BAD_PARAMETER;
+  return shearInPlace(*bitmap, angle, horizontal != 0, fill);
+}
