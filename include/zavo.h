@@ -243,7 +243,10 @@ ZAVO_API int ZAVO_CALL Zv_VersionInfo(VersionRecord* record);
  */
 ZAVO_API int ZAVO_CALL Zv_AllocateBitmap(BitmapHandle* bitmap, int memoryType);
 
-/** Makes the pixels addressable: Data is valid until Zv_ReleaseBitmap. Does not nest; null is ignored. */
+/**
+ * Makes the pixels addressable: Data is valid until Zv_ReleaseBitmap. Does not nest; null is ignored. Where memory
+ * cannot be locked Data stays null, and the row functions return KERR_NO_MEMORY.
+ */
 ZAVO_API void ZAVO_CALL Zv_AccessBitmap(BitmapHandle* bitmap);
 /** Ends what Zv_AccessBitmap began. */
 ZAVO_API void ZAVO_CALL Zv_ReleaseBitmap(BitmapHandle* bitmap);
@@ -297,7 +300,7 @@ ZAVO_API int ZAVO_CALL Zv_GrowBitmapHeap(BitmapHandle* bitmap, unsigned bytes);
  * @param bytes   byte count
  * @return the bytes copied (fewer at the end of a temporary file); KERR_BAD_BITMAP for null; KERR_BAD_PARAMETER for a
  *         null buffer and, on run-length storage, for a row beyond the last; KERR_NO_MEMORY for a bitmap without
- *         storage; KERR_SEEK, KERR_READ from a temporary file
+ *         storage or whose memory is not locked; KERR_SEEK, KERR_READ from a temporary file
  */
 ZAVO_API int ZAVO_CALL Zv_GetBitmapRow(BitmapHandle* bitmap, unsigned char* buffer, unsigned row, unsigned bytes);
 

@@ -116,8 +116,8 @@ int writeRowSegments(BitmapHandle& bitmap, const uint8_t* buffer, unsigned row, 
                      const unsigned* segments, unsigned count, bool keepAlpha) {
   if (isRunLength(bitmap)) return putRunRowSegments(bitmap, buffer, row, columnOffset, segments, count);
   if (count < 2) return KSUCCESS;
-  if ((bitmap.Flags & (BMF_MEMORY | BMF_DISK)) == 0) return KERR_NO_MEMORY;
   const bool direct = hasDirectRows(bitmap);
+  if (!direct && (bitmap.Flags & BMF_DISK) == 0) return KERR_NO_MEMORY;
   const Merger merger(bitmap.BitsPerPixel, keepAlpha);
   const unsigned position = locateRow(bitmap, row);
   for (unsigned i = 0; i + 1 < count; i += 2) {

@@ -39,6 +39,7 @@ int readRow(BitmapHandle& bitmap, uint8_t* buffer, unsigned row, unsigned column
   if (isRunLength(bitmap)) return readRunRows(bitmap, buffer, row, column, bytes);
   const unsigned position = locatePiece(bitmap, row, column);
   if ((bitmap.Flags & BMF_MEMORY) != 0) {
+    if (bitmap.Data == nullptr) return KERR_NO_MEMORY;
     memcpy(buffer, bitmap.Data + position, bytes);
     return static_cast<int>(bytes);
   }
@@ -52,6 +53,7 @@ int writeRow(BitmapHandle& bitmap, const uint8_t* buffer, unsigned row, unsigned
   if (isRunLength(bitmap)) return writeRunRows(bitmap, buffer, row, column, bytes);
   const unsigned position = locatePiece(bitmap, row, column);
   if ((bitmap.Flags & BMF_MEMORY) != 0) {
+    if (bitmap.Data == nullptr) return KERR_NO_MEMORY;
     memcpy(bitmap.Data + position, buffer, bytes);
     return static_cast<int>(bytes);
   }

@@ -11,9 +11,9 @@
 
 namespace zavo {
 
-// The bitmap's rows lie one after another at Data (which must be locked): a mapped section or global memory.
+// The bitmap's rows lie one after another at Data: a mapped section, or global memory that is locked.
 [[nodiscard]] inline bool hasDirectRows(const BitmapHandle& bitmap) {
-  return (bitmap.Flags & (BMF_MEMORY | BMF_RUNLENGTH)) == BMF_MEMORY;
+  return (bitmap.Flags & (BMF_MEMORY | BMF_RUNLENGTH)) == BMF_MEMORY && bitmap.Data != nullptr;
 }
 
 // Address of a stored row; only for bitmaps with direct rows.

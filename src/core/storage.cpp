@@ -109,7 +109,7 @@ int resizeGlobalMemory(BitmapHandle& bitmap, unsigned newBytes) {
 
 void lockGlobalMemory(BitmapHandle& bitmap) {
   bitmap.Data = static_cast<unsigned char*>(GlobalLock(bitmap.StorageHandle));
-  bitmap.Flags |= BMF_LOCKED;
+  if (bitmap.Data != nullptr) bitmap.Flags |= BMF_LOCKED;
 }
 
 void unlockGlobalMemory(BitmapHandle& bitmap) {
