@@ -1306,6 +1306,37 @@ ZAVO_API int ZAVO_CALL Zv_GetBitmapClipSegments(const BitmapHandle* bitmap, int 
  *         pass 2^27
  */
 ZAVO_API int ZAVO_CALL Zv_FrameBitmapRgn(HDC dc, BitmapHandle* bitmap, const RegionXForm* xform, unsigned frameType);
+/* ------------------------------------------------------------------------------------------------------------
+ * Resizing
+ *
+ * All scaling is in whole numbers: of n source items scaled to m, item k is taken from source item k * n / m, rounded
+ * down. What a resized image inherits is what Zv_DupBitmapNewDim hands on, and the dithering method.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Scales a bitmap in place to the nearest pixels; its region is scaled along. The size it has already is a success at
+ * once.
+ * @param bitmap  an allocated bitmap
+ * @param width   new pixels in a row, at least 1
+ * @param height  new number of rows, at least 1
+ * @param flags   SIZE_ bits; others are ignored
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a bitmap that is null or unallocated; KERR_EMPTY for a side of 0;
+ *         KERR_NO_MEMORY when memory cannot be had, a side is negative or the size does not fit in 32 bits; KERR_SEEK,
+ *         KERR_READ, KERR_WRITE from a temporary file; the value of a status callback that stopped it. The bitmap is
+ *         unchanged on failure.
+ */
+ZAVO_API int ZAVO_CALL Zv_SizeBitmap(BitmapHandle* bitmap, int width, int height, unsigned flags);
+
+/**
+ * Scales the nearest pixels of a bitmap into another one as seen: rows are turned when the two view perspectives
+ * differ. The destination keeps its palette and its region.
+ * @param source       an allocated bitmap
+ * @param destination  an allocated bitmap of any size and of the source's bits per pixel
+ * @return KSUCCESS; KERR_BAD_BITMAP for a bitmap that is null or unallocated; KERR_BAD_PARAMETER when the depths
+ *         differ; KERR_NO_MEMORY; KERR_SEEK, KERR_READ, KERR_WRITE from a temporary file; the value of a status
+ *         callback that stopped it. On failure the destination keeps what was written so far.
+ */
+ZAVO_API int ZAVO_CALL Zv_ResizeBitmap(BitmapHandle* source, BitmapHandle* destination);
 
 /* ------------------------------------------------------------------------------------------------------------
  * Animation playback

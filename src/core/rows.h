@@ -5,6 +5,7 @@
 #include <zavo.h>
 
 #include <cstdint>
+#include <cstring>
 
 #include "core/memory.h"
 #include "core/status.h"
@@ -64,6 +65,13 @@ class RowWriter {
 
   // Stores the row. KSUCCESS or the code of the failed write.
   [[nodiscard]] int commit(unsigned index) { return direct_ ? KSUCCESS : store(index); }
+
+  // Stores row `index` with the content of row `previous`, the one stored last.
+  [[nodiscard]] int repeat(unsigned index, unsigned previous) {
+    if (!direct_) return store(index);
+    memcpy(directRow(bitmap_, index), directRow(bitmap_, previous), bitmap_.BytesPerLine);
+    return KSUCCESS;
+  }
 
   // The code of the last failed edit().
   [[nodiscard]] int status() const { return status_; }

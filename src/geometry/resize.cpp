@@ -1,0 +1,92 @@
+// Scaling images by taking the nearest pixels.
+#include "geometry/resize.h"
+
+#include "core/progress.h"
+#include "core/row_padding.h"
+#include "core/rows.h"
+#include "geometry/row_stretch.h"
+#include "geometry/stepping.h"
+
+namespace zavo {
+namespace {
+
+bool isRotated(int viewPerspective) {
+  return viewPerspective == VIEW_TURNED_90 || viewPerspective == VIEW_TURNED_270;
+}
+
+// Both are seen the same way; every code without a meaning of its own is upright.
+bool sameView(int a, int b) {
+  const auto known = [](int code) { return code == VIEW_BOTTOM_UP || isRotated(code) ? code : int{VIEW_UPRIGHT}; };
+  return known(a) == known(b);
+}
+
+}  // namespace
+
+int resizeNearest(BitmapHandle& destination, BitmapHandle& source) {
+  const auto width = static_cast<unsigned>(destination.Width);
+  const auto height = static_cast<unsigned>(destination.Height);
+  const auto bits = static_cast<unsigned>(destination.BitsPerPixel);
+  const bool flips = !sameView(destination.ViewPerspective, source.ViewPerspective);
+
+  const BitmapLock destinationLock(destination);
+  const BitmapLock sourceLock(source);
+  Progress progress(destination.Height);
+  if (const int status = progress.begin(); status != KSUCCESS) return status;
+  RowReader reader(source);
+  RowWriter writer(destination);
+  RowStretch stretch;
+  if (const int status = reader.open(); status != KSUCCESS) return status;
+  if (const int status = writer.open(); status != KSUCCESS) return status;
+  if (const int status = stretch.plan(width, static_cast<unsigned>(source.Width), destination.BitsPerPixel);
+      status != KSUCCESS) {
+    return status;
+  }
+
+  Stepping rows(static_cast<unsigned>(source.Height), height);
+  unsigned previous = 0;
+  bool repeats = false;
+  for (unsigned row = 0; row < height; ++row) {
+    const unsigned target = flips ? height - 1 - row : row;
+    if (repeats) {
+      if (const int status = writer.repeat(target, previous); status != KSUCCESS) return status;
+    } else {
+      const uint8_t* pixels = reader.row(rows.position());
+      if (pixels == nullptr) return reader.status();
+      uint8_t* stretched = writer.row(target);
+      stretch.stretch(stretched, pixels);
+      clearRowPadding(stretched, width, bits);
+      if (const int status = writer.commit(target); status != KSUCCESS) return status;
+    }
+    previous = target;
+    repeats = rows.advance() == 0;
+    if (const int status = progress.step(); status != KSUCCESS) return status;
+  }
+  return KSUCCESS;
+}
+
+}  // namespace zavo
+
+using namespace zavo;
+
+int ZAVO_CALL Zv_SizeBitmap(BitmapHandle* bitmap, int width, int height, unsigned flags) {
+  if (!isAllocated(bitmap)) return KERR_BAD_PARAMETER;
+  if (width == bitmap->Width && height == bitmap->Height) return KSUCCESS;
+  (void)flags;
+  ResizedImage resized(*bitmap);
+  if (const int status = resized.create(width, height); status != KSUCCESS) return status;
+  if (const int status = resizeNearest(*resized, *bitmap); status != KSUCCESS) return status;
+  return resized.install();
+}
+
+int ZAVO_CALL Zv_ResizeBitmap(BitmapHandle* source, BitmapHandle* destination) {
+  if (!isAllocated(source) || !isAllocated(destination)) return KERR_BAD_BITMAP;
+  if (source->BitsPerPixel != destination->BitsPerPixel) return KERR_BAD_PARAMETER;
+  if (source == destination) return KSUCCESS;
+  int status = KSUCCESS;
+  if (sameView(source->ViewPerspective, destination->ViewPerspective) ||
+      (!isRotated(source->ViewPerspective) && !isRotated(destination->ViewPerspective))) {
+    status = resizeNearest(*destination, *source);
+  }
+  if (status == KSUCCESS) Zv_TrimBitmapHeap(destination);
+  return status;
+}

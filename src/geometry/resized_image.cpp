@@ -1,0 +1,28 @@
+// Building a resized image aside and moving it in.
+#include "core/duplicate.h"
+#include "core/sizes.h"
+#include "geometry/resize.h"
+
+namespace zavo {
+
+int ResizedImage::create(int width, int height) {
+  // Sizes that wrap can look like an image without pixels.
+  if (width < 0 || height < 0) return KERR_NO_MEMORY;
+  const auto bits = static_cast<unsigned>(bitmap_.BitsPerPixel);
+  const uint64_t bytes = rowBytesFor(static_cast<unsigned>(width), bits) * static_cast<unsigned>(height);
+  if (bytes > UINT32_MAX) return KERR_NO_MEMORY;
+
+  const int status = duplicateBitmap(*image_, bitmap_, width, height, bitmap_.BitsPerPixel, DUP_STORAGE | DUP_PALETTE);
+  image_->Region = nullptr;
+  return status;
+}
+
+int ResizedImage::install() {
+  image_->DitheringMethod = bitmap_.DitheringMethod;
+  image_->Reserved1 = bitmap_.Reserved1;
+  Zv_TrimBitmapHeap(image_.get());
+  image_.moveInto(bitmap_);
+  return KSUCCESS;
+}
+
+}  // namespace zavo
