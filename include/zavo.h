@@ -1313,6 +1313,12 @@ ZAVO_API int ZAVO_CALL Zv_FrameBitmapRgn(HDC dc, BitmapHandle* bitmap, const Reg
  * down. What a resized image inherits is what Zv_DupBitmapNewDim hands on, and the dithering method.
  * --------------------------------------------------------------------------------------------------------- */
 
+/** Bits of Zv_SizeBitmap's flags. */
+enum {
+  SIZE_FAVOR_BLACK = 1, /**< 1-bit images with a grey palette: keep thin black strokes; goes before SIZE_RESAMPLE. */
+  SIZE_RESAMPLE = 2     /**< As Zv_ResampleBitmap. */
+};
+
 /**
  * Scales a bitmap in place to the nearest pixels; its region is scaled along. The size it has already is a success at
  * once.
@@ -1328,6 +1334,18 @@ ZAVO_API int ZAVO_CALL Zv_FrameBitmapRgn(HDC dc, BitmapHandle* bitmap, const Reg
 ZAVO_API int ZAVO_CALL Zv_SizeBitmap(BitmapHandle* bitmap, int width, int height, unsigned flags);
 
 /**
+ * Scales a bitmap in place smoothly: the average of the pixels when shrinking, a straight line between them when
+ * enlarging, each way for itself; its region is scaled along. Enlarged rows and columns are moved by half the span of
+ * the first pixel. Images of up to 8 bits, but for 8-bit grey ones, are dithered back to their own palette. Alpha
+ * becomes 0.
+ * @param bitmap  an allocated bitmap
+ * @param width   new pixels in a row, at least 1
+ * @param height  new number of rows, at least 1
+ * @return as Zv_SizeBitmap, but KERR_BAD_BITMAP for a bitmap that is null or unallocated
+ */
+ZAVO_API int ZAVO_CALL Zv_ResampleBitmap(BitmapHandle* bitmap, int width, int height);
+
+/**
  * Scales the nearest pixels of a bitmap into another one as seen: rows are turned when the two view perspectives
  * differ. The destination keeps its palette and its region.
  * @param source       an allocated bitmap
@@ -1337,6 +1355,53 @@ ZAVO_API int ZAVO_CALL Zv_SizeBitmap(BitmapHandle* bitmap, int width, int height
  *         callback that stopped it. On failure the destination keeps what was written so far.
  */
 ZAVO_API int ZAVO_CALL Zv_ResizeBitmap(BitmapHandle* source, BitmapHandle* destination);
+
+/** A scaling of rows in progress: 14 words that the caller owns from Zv_StartResize to Zv_StopResize. */
+typedef struct ResizeState {
+  int LastRow;             /**< Row handled last; -1 before the first. */
+  int Decreasing;          /**< 1 while rows arrive in decreasing order. */
+  int OldWidth;            /**< Pixels in a source row. */
+  int OldHeight;           /**< Source rows. */
+  int NewWidth;            /**< Pixels in a scaled row. */
+  int NewHeight;           /**< Scaled rows. */
+  int HorizontalQuotient;  /**< OldWidth / NewWidth. */
+  int HorizontalRemainder; /**< OldWidth mod NewWidth. */
+  int Reserved1;           /**< 0. */
+  int Reserved2;           /**< 0. */
+  int VerticalQuotient;    /**< NewHeight / OldHeight. */
+  int VerticalRemainder;   /**< NewHeight mod OldHeight. */
+  int Reserved3;           /**< 0. */
+  int VerticalAccumulator; /**< Position within the vertical stepping; 0 before the first row. */
+} ResizeState;
+
+/**
+ * Begins scaling rows one at a time.
+ * @param oldWidth   pixels in a source row, at least 1
+ * @param oldHeight  number of source rows, at least 1
+ * @param newWidth   pixels in a scaled row, at least 1
+ * @param newHeight  number of scaled rows, at least 1
+ * @param state      receives the state; give it to Zv_StopResize
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null pointer or a side below 1; KERR_NO_MEMORY
+ */
+ZAVO_API int ZAVO_CALL Zv_StartResize(int oldWidth, int oldHeight, int newWidth, int newHeight, ResizeState** state);
+
+/**
+ * Scales one row in place to its nearest pixels. Rows are meant to come in increasing order from row 0; they may come
+ * in decreasing order or jump, but in decreasing order each gets the number of copies of the row before it.
+ * @param buffer        one packed source row, with room for the longer of the two rows
+ * @param row           number of the source row
+ * @param bitsPerPixel  1 to 8, 16, 24 or 32
+ * @param newWidth      receives the pixels of the scaled row; may be null
+ * @param copies        receives the result; may be null
+ * @param state         from Zv_StartResize
+ * @return how often the scaled row is to be written; 0 drops it and leaves the buffer as it is; KERR_BAD_PARAMETER for
+ *         a null buffer or state; KERR_BAD_BPP
+ */
+ZAVO_API int ZAVO_CALL Zv_Resize(unsigned char* buffer, int row, int bitsPerPixel, int* newWidth, int* copies,
+                                 ResizeState* state);
+
+/** Ends scaling and frees the state; null is ignored. @return KSUCCESS */
+ZAVO_API int ZAVO_CALL Zv_StopResize(ResizeState* state);
 
 /* ------------------------------------------------------------------------------------------------------------
  * Animation playback

@@ -10,6 +10,9 @@
 namespace zavo {
 namespace {
 
+// What Zv_IsGrayScaleBitmap says of a palette whose first entry is white.
+constexpr int fallingGrays = 2;
+
 bool isRotated(int viewPerspective) {
   return viewPerspective == VIEW_TURNED_90 || viewPerspective == VIEW_TURNED_270;
 }
@@ -71,10 +74,15 @@ using namespace zavo;
 int ZAVO_CALL Zv_SizeBitmap(BitmapHandle* bitmap, int width, int height, unsigned flags) {
   if (!isAllocated(bitmap)) return KERR_BAD_PARAMETER;
   if (width == bitmap->Width && height == bitmap->Height) return KSUCCESS;
-  (void)flags;
+  // Favouring black means something for black and white pictures only, and there it wins over resampling.
+  const int gray = (flags & SIZE_FAVOR_BLACK) != 0 && bitmap->BitsPerPixel == 1 ? Zv_IsGrayScaleBitmap(bitmap) : 0;
+  if (gray == 0 && (flags & SIZE_RESAMPLE) != 0) return Zv_ResampleBitmap(bitmap, width, height);
+
   ResizedImage resized(*bitmap);
   if (const int status = resized.create(width, height); status != KSUCCESS) return status;
-  if (const int status = resizeNearest(*resized, *bitmap); status != KSUCCESS) return status;
+  const int status =
+      gray != 0 ? resizeFavorBlack(*resized, *bitmap, gray == fallingGrays) : resizeNearest(*resized, *bitmap);
+  if (status != KSUCCESS) return status;
   return resized.install();
 }
 

@@ -31,4 +31,8 @@ class ResizedImage {
 // Rows are turned upside down when one of the two is bottom-up. KSUCCESS, a storage code or the callback's value.
 [[nodiscard]] int resizeNearest(BitmapHandle& destination, BitmapHandle& source);
 
+// The same for 1-bit images, with pixels black when enough of the box they stand for is black. `blackIsSet`: black is
+// the bit 1. Boxes are laid out from the top of the picture.
+[[nodiscard]] int resizeFavorBlack(BitmapHandle& destination, BitmapHandle& source, bool blackIsSet);
+
 }  // namespace zavo

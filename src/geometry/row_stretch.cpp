@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "core/sizes.h"
+#include "geometry/packed_fetch.h"
 #include "geometry/stepping.h"
 
 namespace zavo {
@@ -31,21 +32,6 @@ void stretchTriples(uint8_t* destination, const uint8_t* source, const uint32_t*
   unsigned i = 0;
   for (; i < counts.loose; ++i) copyPixel<uint32_t>(destination + size_t{i} * 3, source + offsets[i]);
   for (; i < counts.pixels; ++i) memcpy(destination + size_t{i} * 3, source + offsets[i], 3);
-}
-
-template <unsigned bits>
-unsigned packedAt(const uint8_t* row, uint32_t pixel) {
-  constexpr unsigned mask = (1u << bits) - 1;
-  if constexpr (8 % bits == 0) {
-    constexpr unsigned perByte = 8 / bits;
-    return row[pixel / perByte] >> (8 - bits - pixel % perByte * bits) & mask;
-  } else {
-    const unsigned firstBit = pixel % 8 * bits;
-    const uint8_t* bytes = row + size_t{pixel / 8} * bits + firstBit / 8;
-    const unsigned endBit = firstBit % 8 + bits;
-    const unsigned second = endBit > 8 ? 1 : 0;
-    return (unsigned{bytes[0]} << 8 | bytes[second]) >> (16 - endBit) & mask;
-  }
 }
 
 // Eight pixels make `bits` whole bytes.

@@ -51,4 +51,8 @@ class RowStretch {
   Counts counts_{};
 };
 
+// Makes one row in the memory of its source row, without a plan. There must be room for the longer of the two; as with
+// stretch(), the unused bits of the last byte become zero where the width changes.
+void stretchInPlace(uint8_t* row, unsigned destinationWidth, unsigned sourceWidth, int bitsPerPixel);
+
 }  // namespace zavo

@@ -1,0 +1,67 @@
+// Rows to the working form of resampling and back.
+#include "geometry/resample_format.h"
+
+#include <algorithm>
+
+#include "color/palettes.h"
+#include "core/row_padding.h"
+
+namespace zavo {
+
+ResampleFormat::ResampleFormat(const BitmapHandle& bitmap)
+    : workingDepth(24), workingOrder(bitmap.ColorOrder), dithersBack(false), colorCount(0) {
+  if (bitmap.BitsPerPixel > 8) return;
+  workingOrder = ORDER_BLUE_FIRST;
+  colorCount = readPalette(bitmap, palette);
+  if (colorCount == 0) {
+    colorCount = 1u << bitmap.BitsPerPixel;
+    std::copy_n(fixedPalette(bitmap.BitsPerPixel), colorCount, palette);
+  }
+  if (bitmap.BitsPerPixel == 8 && Zv_IsGrayScaleBitmap(&bitmap) != 0) {
+    workingDepth = 0;
+  } else {
+    dithersBack = true;
+  }
+}
+
+int WorkingRowReader::open() {
+  if (const int status = reader_.open(); status != KSUCCESS) return status;
+  if (const int status = converter_.prepare(bitmap_.BitsPerPixel, format_.workingDepth, bitmap_.ColorOrder,
+                                            format_.workingOrder, format_.palette, nullptr);
+      status != KSUCCESS) {
+    return status;
+  }
+  if (converter_.changesNothing()) return KSUCCESS;
+  buffer_ = OsBlock<uint8_t>::allocate(uint64_t{static_cast<unsigned>(bitmap_.Width)} * format_.channels());
+  return buffer_ ? KSUCCESS : KERR_NO_MEMORY;
+}
+
+const uint8_t* WorkingRowReader::row(unsigned index) {
+  const uint8_t* stored = reader_.row(index);
+  if (stored == nullptr || !buffer_) return stored;
+  converter_.convert(buffer_.get(), stored, static_cast<unsigned>(bitmap_.Width));
+  return buffer_.get();
+}
+
+int WorkingRowWriter::open() {
+  if (const int status = writer_.open(); status != KSUCCESS) return status;
+  if (const int status = converter_.prepare(format_.workingDepth, bitmap_.BitsPerPixel, format_.workingOrder,
+                                            bitmap_.ColorOrder, nullptr, format_.palette);
+      status != KSUCCESS) {
+    return status;
+  }
+  direct_ = converter_.changesNothing();
+  if (direct_) return KSUCCESS;
+  buffer_ = OsBlock<uint8_t>::allocate(uint64_t{static_cast<unsigned>(bitmap_.Width)} * format_.channels());
+  return buffer_ ? KSUCCESS : KERR_NO_MEMORY;
+}
+
+int WorkingRowWriter::commit() {
+  const auto width = static_cast<unsigned>(bitmap_.Width);
+  uint8_t* stored = writer_.row(next_);
+  if (!direct_) converter_.convert(stored, buffer_.get(), width);
+  clearRowPadding(stored, width, static_cast<unsigned>(bitmap_.BitsPerPixel));
+  return writer_.commit(next_++);
+}
+
+}  // namespace zavo
