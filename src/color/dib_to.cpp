@@ -115,7 +115,9 @@ GlobalMemory packed(BitmapHandle& bitmap, DibStyle style) {
 
 GlobalMemory packedAsSeen(BitmapHandle& bitmap, DibStyle style) {
   if (!isRotated(bitmap.ViewPerspective)) return packed(bitmap, style);
-  return GlobalMemory();
+  OwnedBitmap turned;
+  const int status = Zv_ChangeBitmapViewPerspective(turned.get(), &bitmap, VIEW_BOTTOM_UP);
+  return status == KSUCCESS ? packed(*turned, style) : GlobalMemory();
 }
 
 }  // namespace

@@ -2,17 +2,24 @@
 #include "geometry/resample_format.h"
 
 #include <algorithm>
+#include <bit>
 
+#include "color/dither_targets.h"
 #include "color/palettes.h"
 #include "core/row_padding.h"
 
 namespace zavo {
+namespace {
+
+constexpr int ditheringMethod = 1;  // whatever the bitmap's own
+
+}  // namespace
 
 ResampleFormat::ResampleFormat(const BitmapHandle& bitmap)
     : workingDepth(24), workingOrder(bitmap.ColorOrder), dithersBack(false), colorCount(0) {
   if (bitmap.BitsPerPixel > 8) return;
   workingOrder = ORDER_BLUE_FIRST;
-  colorCount = readPalette(bitmap, palette);
+  colorCount = std::min(readPalette(bitmap, palette), 1u << bitmap.BitsPerPixel);
   if (colorCount == 0) {
     colorCount = 1u << bitmap.BitsPerPixel;
     std::copy_n(fixedPalette(bitmap.BitsPerPixel), colorCount, palette);
@@ -45,21 +52,39 @@ const uint8_t* WorkingRowReader::row(unsigned index) {
 
 int WorkingRowWriter::open() {
   if (const int status = writer_.open(); status != KSUCCESS) return status;
-  if (const int status = converter_.prepare(format_.workingDepth, bitmap_.BitsPerPixel, format_.workingOrder,
-                                            bitmap_.ColorOrder, nullptr, format_.palette);
-      status != KSUCCESS) {
+  if (format_.dithersBack) {
+    if (const int status = openDither(); status != KSUCCESS) return status;
+  } else if (const int status = converter_.prepare(format_.workingDepth, bitmap_.BitsPerPixel, format_.workingOrder,
+                                                   bitmap_.ColorOrder, nullptr, format_.palette);
+             status != KSUCCESS) {
     return status;
   }
-  direct_ = converter_.changesNothing();
+  direct_ = !format_.dithersBack && converter_.changesNothing();
   if (direct_) return KSUCCESS;
   buffer_ = OsBlock<uint8_t>::allocate(uint64_t{static_cast<unsigned>(bitmap_.Width)} * format_.channels());
   return buffer_ ? KSUCCESS : KERR_NO_MEMORY;
 }
 
+// Only a whole fixed palette is dithered to as such: of a part of one, entries would be chosen that are not there.
+int WorkingRowWriter::openDither() {
+  const unsigned count = format_.colorCount;
+  const int kind = std::has_single_bit(count) && count > 1 ? fixedKindOf(format_.palette, count) : noFixedKind;
+  DitherRun* run = nullptr;
+  const int status =
+      openDitherRun(run, {bitmap_.Width, format_.workingDepth, format_.workingOrder, nullptr, ditheringMethod},
+                    {kind, format_.palette, count, bitmap_.BitsPerPixel});
+  dither_.reset(run);
+  return status;
+}
+
 int WorkingRowWriter::commit() {
   const auto width = static_cast<unsigned>(bitmap_.Width);
   uint8_t* stored = writer_.row(next_);
-  if (!direct_) converter_.convert(stored, buffer_.get(), width);
+  if (dither_) {
+    ditherRow(*dither_.get(), stored, buffer_.get());
+  } else if (!direct_) {
+    converter_.convert(stored, buffer_.get(), width);
+  }
   clearRowPadding(stored, width, static_cast<unsigned>(bitmap_.BitsPerPixel));
   return writer_.commit(next_++);
 }

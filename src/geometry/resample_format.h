@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "color/conversion.h"
+#include "color/dither.h"
 #include "core/memory.h"
 #include "core/rows.h"
 
@@ -58,10 +59,13 @@ class WorkingRowWriter {
   [[nodiscard]] int commit();
 
  private:
+  int openDither();
+
   BitmapHandle& bitmap_;
   const ResampleFormat& format_;
   RowWriter writer_;
   RowConverter converter_;
+  OwnedDitherRun dither_;
   OsBlock<uint8_t> buffer_;
   bool direct_ = false;
   unsigned next_ = 0;

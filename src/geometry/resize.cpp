@@ -90,11 +90,15 @@ int ZAVO_CALL Zv_ResizeBitmap(BitmapHandle* source, BitmapHandle* destination) {
   if (!isAllocated(source) || !isAllocated(destination)) return KERR_BAD_BITMAP;
   if (source->BitsPerPixel != destination->BitsPerPixel) return KERR_BAD_PARAMETER;
   if (source == destination) return KSUCCESS;
-  int status = KSUCCESS;
-  if (sameView(source->ViewPerspective, destination->ViewPerspective) ||
-      (!isRotated(source->ViewPerspective) && !isRotated(destination->ViewPerspective))) {
-    status = resizeNearest(*destination, *source);
+  OwnedBitmap turned;
+  BitmapHandle* from = source;
+  if (!sameView(source->ViewPerspective, destination->ViewPerspective) &&
+      (isRotated(source->ViewPerspective) || isRotated(destination->ViewPerspective))) {
+    from = turned.get();
+    const int status = Zv_ChangeBitmapViewPerspective(from, source, destination->ViewPerspective);
+    if (status != KSUCCESS) return status;
   }
-  if (status == KSUCCESS) Zv_TrimBitmapHeap(destination);
+  const int status = resizeNearest(*destination, *from);
+  Zv_TrimBitmapHeap(destination);
   return status;
 }

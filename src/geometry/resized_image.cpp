@@ -2,6 +2,7 @@
 #include "core/duplicate.h"
 #include "core/sizes.h"
 #include "geometry/resize.h"
+#include "region/region_transform.h"
 
 namespace zavo {
 
@@ -18,6 +19,7 @@ int ResizedImage::create(int width, int height) {
 }
 
 int ResizedImage::install() {
+  if (const int status = copyScaledRegion(*image_, bitmap_); status != KSUCCESS) return status;
   image_->DitheringMethod = bitmap_.DitheringMethod;
   image_->Reserved1 = bitmap_.Reserved1;
   Zv_TrimBitmapHeap(image_.get());

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "color/dib_samples.h"
+#include "support/refusals.h"
 #include "support/test_bitmap.h"
 
 namespace {
@@ -237,6 +238,21 @@ TEST(FromDib, InPartsRowsThatRunIntoUnreadablePagesAreRefused) {
   memcpy(end - 39, dib.data(), 39);
   EXPECT_EQ(fromParts(&refused, end - 39, pages), KERR_BAD_DIB);
   VirtualFree(pages, 0, MEM_RELEASE);
+}
+
+TEST(FromDib, LeavesNothingBehindWhenRefused) {
+  for (const bool packed : {true, false}) {
+    refuseEachResource({.leastPoints = 3}, [&](RefusalRound& round) {
+      const Bytes dib = packedDib({});
+      HGLOBAL memory = packed ? globalCopy(dib) : nullptr;
+      TestBitmap bitmap;
+      const int status = round.run([&] {
+        return packed ? Zv_ChangeFromDIB(&bitmap, memory)
+                      : fromParts(&bitmap, dib.data(), dib.data() + dib.size() - 24);
+      });
+      if (packed && status != KSUCCESS) GlobalFree(memory);
+    });
+  }
 }
 
 TEST(FromDib, NullArgumentsAreRefused) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "color/dib_samples.h"
+#include "support/refusals.h"
 #include "support/test_bitmap.h"
 
 namespace {
@@ -210,6 +211,52 @@ TEST(ToDib, RoundTripKeepsTheBitmap) {
     EXPECT_EQ(back.XResolution, 96);
     EXPECT_EQ(back.YResolution, 1200);
     EXPECT_EQ(Zv_GetPaletteSize(back.Palette), bits <= 8 ? 1u << bits : 0);
+  }
+}
+
+TEST(ToDib, TurnedBitmapsAreGivenAsSeen) {
+  std::mt19937 random(24);
+  for (const int bits : {1, 3, 8, 16, 24}) {
+    for (const int perspective : {4, 8}) {
+      SCOPED_TRACE(testing::Message() << bits << " bits, perspective " << perspective);
+      TestBitmap bitmap(7, 12, bits);
+      bitmap.ViewPerspective = perspective;
+      fillWithNoise(bitmap, random);
+      const Picture stored = pictureOf(bitmap);
+      std::vector<COLORREF> seen;
+      for (int y = 0; y < 7; ++y) {
+        for (int x = 0; x < 12; ++x) {
+          int column = x, row = y;
+          ASSERT_EQ(Zv_PointToBitmap(&bitmap, VIEW_UPRIGHT, &column, &row), KSUCCESS);
+          seen.push_back(colorOf(bitmap, stored.at(column, row)));
+        }
+      }
+      const Snapshot unchanged(bitmap);
+      const Given converted(Zv_ConvertToDIB(&bitmap));
+      EXPECT_TRUE(unchanged.unchanged());
+      const Given changed(Zv_ChangeToDIB(&bitmap));
+      EXPECT_FALSE(bitmap.allocated());
+      EXPECT_EQ(Shown(converted).colors(), seen);
+      EXPECT_EQ(Shown(changed).colors(), seen);
+    }
+  }
+}
+
+TEST(ToDib, KeepsTheBitmapWhenRefused) {
+  for (const int perspective : {2, 4}) {
+    for (const bool change : {false, true}) {
+      refuseEachResource({}, [&](RefusalRound& round) {
+        TestBitmap bitmap(37, 11, 5);
+        bitmap.ViewPerspective = perspective;
+        round.keeps(bitmap);
+        HGLOBAL dib = nullptr;
+        round.run([&] {
+          dib = change ? Zv_ChangeToDIB(&bitmap) : Zv_ConvertToDIB(&bitmap);
+          return dib != nullptr ? KSUCCESS : KERR_NO_MEMORY;
+        });
+        GlobalFree(dib);
+      });
+    }
   }
 }
 

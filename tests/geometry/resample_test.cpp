@@ -1,6 +1,7 @@
 // Resampling against a slow model that follows the rules item by item.
 #include <zavo.h>
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include "support/progress_log.h"
@@ -196,6 +197,85 @@ TEST_P(Resample, FollowsTheRulesFarFromTheOldSize) {
   }
 }
 
+// The model's colours, dithered to a palette by the library's own dither run.
+Picture ditheredModel(const Picture& source, const RGBQUAD* palette, unsigned colorCount, int bits, int width,
+                      int height) {
+  std::vector<Plane> planes;
+  for (int c = 0; c < 3; ++c) {
+    Plane plane{source.width, source.height, {}};
+    for (const uint32_t pixel : source.pixels) {
+      const RGBQUAD& color = palette[pixel];
+      plane.values.push_back(c == 0 ? color.rgbBlue : c == 1 ? color.rgbGreen : color.rgbRed);
+    }
+    planes.push_back(resampled(plane, width, height));
+  }
+  BitmapHandle header;
+  Zv_InitBitmap(&header, width, height, 24);
+  header.ColorOrder = 1;
+  header.DitheringMethod = 1;
+  EXPECT_EQ(Zv_StartDithering(&header, palette, colorCount), KSUCCESS);
+  TestBitmap result(width, height, bits);
+  std::vector<unsigned char> row(static_cast<size_t>(width) * 3);
+  std::vector<unsigned char> indexes(result.BytesPerLine);
+  for (int y = 0; y < height; ++y) {
+    for (size_t i = 0; i < row.size(); ++i) {
+      row[i] = static_cast<unsigned char>(planes[i % 3].values[static_cast<size_t>(y * width) + i / 3]);
+    }
+    EXPECT_EQ(Zv_DitherLine(&header, row.data(), indexes.data()), KSUCCESS);
+    Zv_PutBitmapRow(&result, indexes.data(), static_cast<unsigned>(y), result.BytesPerLine);
+  }
+  Zv_StopDithering(&header);
+  return pictureOf(result);
+}
+
+TEST(ResampleBitmap, PalettePicturesAreDitheredBackToTheirPalette) {
+  std::mt19937 random(43);
+  for (const int bits : {1, 2, 3, 4, 5, 6, 7, 8}) {
+    for (int trial = 0; trial < 12; ++trial) {
+      const int from[] = {static_cast<int>(random() % 40 + 1), static_cast<int>(random() % 20 + 1)};
+      const int to[] = {static_cast<int>(random() % 70 + 1), static_cast<int>(random() % 30 + 1)};
+      SCOPED_TRACE(testing::Message() << bits << " bits, trial " << trial);
+      TestBitmap bitmap(from[0], from[1], bits, trial % 3 == 0 ? ALLOC_MEMORY | ALLOC_RUNLENGTH : int{ALLOC_MEMORY});
+      const unsigned count = 1u << bits;
+      RGBQUAD palette[256];
+      Zv_GetFixedPalette(palette, static_cast<unsigned>(bits));
+      if (trial % 2 == 0) {
+        for (unsigned i = 0; i < count; ++i) {
+          palette[i] = {static_cast<BYTE>(random()), static_cast<BYTE>(random()), static_cast<BYTE>(random()), 0};
+        }
+        ASSERT_EQ(Zv_PutBitmapColors(&bitmap, 0, count, palette), KSUCCESS);
+      }
+      fillWithNoise(bitmap, random);
+      const Picture before = pictureOf(bitmap);
+      bitmap.DitheringMethod = 7;
+      ASSERT_EQ(Zv_ResampleBitmap(&bitmap, to[0], to[1]), KSUCCESS);
+      EXPECT_EQ(bitmap.DitheringMethod, 7);
+      ASSERT_TRUE(pictureOf(bitmap) == ditheredModel(before, palette, count, bits, to[0], to[1]));
+    }
+  }
+}
+
+// A picture from elsewhere may have fewer colours than its depth has room for: no others are chosen.
+TEST(ResampleBitmap, ShortPalettesAreKeptTo) {
+  std::mt19937 random(44);
+  for (const unsigned count : {1u, 2u, 3u, 10u, 100u}) {
+    SCOPED_TRACE(count);
+    TestBitmap bitmap(20, 20, 8);
+    RGBQUAD colors[256];
+    Zv_GetFixedPalette(colors, 8);
+    DeleteObject(bitmap.Palette);
+    bitmap.Palette = Zv_CreatePalette(colors, count);
+    std::vector<unsigned char> row(bitmap.BytesPerLine);
+    for (unsigned y = 0; y < 20; ++y) {
+      for (auto& index : row) index = static_cast<unsigned char>(random() % count);
+      Zv_PutBitmapRow(&bitmap, row.data(), y, bitmap.BytesPerLine);
+    }
+    ASSERT_EQ(Zv_ResampleBitmap(&bitmap, 33, 9), KSUCCESS);
+    const Picture picture = pictureOf(bitmap);
+    EXPECT_LT(*std::max_element(picture.pixels.begin(), picture.pixels.end()), count);
+  }
+}
+
 TEST(ResampleBitmap, EnlargedSamplesStartHalfASpanLate) {
   TestBitmap bitmap(2, 1, 24);
   const unsigned char row[8] = {0, 0, 0, 100, 100, 100};
@@ -235,7 +315,9 @@ TEST(ResampleBitmap, RefusesWhatCannotBe) {
 }
 
 TEST(ResampleBitmap, KeepsTheBitmapWhenRefused) {
-  const struct { int bits, width, height; } cases[] = {{24, 50, 5}, {24, 20, 20}, {16, 50, 5}, {8, 50, 20}, {4, 50, 5}};
+  const struct {
+    int bits, width, height;
+  } cases[] = {{24, 50, 5}, {24, 20, 20}, {16, 50, 5}, {8, 50, 20}, {4, 50, 5}, {5, 20, 20}};
   for (const auto& c : cases) {
     refuseEachResource({.leastPoints = 4}, [&](RefusalRound& round) {
       TestBitmap bitmap(37, 11, c.bits);

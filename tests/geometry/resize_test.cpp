@@ -88,6 +88,33 @@ TEST_P(Resize, IntoAnotherBitmapAsSeen) {
   }
 }
 
+// What is seen upright is the source's picture resized, however either is stored.
+TEST_P(Resize, IntoAnotherBitmapOfATurnedView) {
+  std::mt19937 random(33);
+  const auto upright = [](BitmapHandle& bitmap) {
+    TestBitmap copy;
+    EXPECT_EQ(Zv_ChangeBitmapViewPerspective(&copy, &bitmap, VIEW_UPRIGHT), KSUCCESS);
+    return pictureOf(copy);
+  };
+  for (const int sourceView : {1, 2, 4, 8}) {
+    for (const int destinationView : {1, 2, 4, 8}) {
+      if (sourceView < 4 && destinationView < 4) continue;
+      SCOPED_TRACE(testing::Message() << sourceView << " to " << destinationView);
+      // Halving and doubling name the same pixels from either end of a row.
+      const bool turned = (sourceView >= 4) != (destinationView >= 4);
+      TestBitmap source(12, 10, GetParam()), destination(turned ? 20 : 24, turned ? 24 : 20, GetParam());
+      source.ViewPerspective = sourceView;
+      destination.ViewPerspective = destinationView;
+      fillWithNoise(source, random);
+      const Snapshot unchanged(source);
+      const Picture before = upright(source);
+      ASSERT_EQ(Zv_ResizeBitmap(&source, &destination), KSUCCESS);
+      EXPECT_TRUE(unchanged.unchanged());
+      EXPECT_TRUE(upright(destination) == nearest(before, before.width * 2, before.height * 2));
+    }
+  }
+}
+
 TEST(SizeBitmap, ShrinkingTenColumnsToThreeTakesTheFirstFourthAndSeventh) {
   TestBitmap bitmap(10, 1, 8);
   const unsigned char row[12] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
@@ -118,6 +145,23 @@ TEST(SizeBitmap, KeepsWhatTheImageIsSeenWith) {
   RGBQUAD kept[16];
   ASSERT_EQ(Zv_GetBitmapColors(&bitmap, 0, 16, kept), KSUCCESS);
   EXPECT_EQ(memcmp(kept, colors, sizeof kept), 0);
+}
+
+TEST(SizeBitmap, ScalesTheRegionAlong) {
+  for (const unsigned flags : {0u, unsigned{SIZE_RESAMPLE}, unsigned{SIZE_FAVOR_BLACK}}) {
+    SCOPED_TRACE(flags);
+    TestBitmap bitmap(20, 30, 1);
+    const RECT rect = {3, 9, 9, 21};
+    ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &rect, CombineSet), KSUCCESS);
+    ASSERT_EQ(Zv_SizeBitmap(&bitmap, 10, 90, flags), KSUCCESS);
+    RECT bounds;
+    ASSERT_EQ(Zv_GetBitmapRgnBounds(&bitmap, nullptr, &bounds), KSUCCESS);
+    const RECT expected = {1, 27, 4, 63};
+    EXPECT_EQ(memcmp(&bounds, &expected, sizeof bounds), 0);
+    unsigned area = 0;
+    EXPECT_EQ(Zv_GetBitmapRgnArea(&bitmap, &area), KSUCCESS);
+    EXPECT_EQ(area, 3u * 36u);
+  }
 }
 
 TEST(SizeBitmap, SameSizeTouchesNothing) {
@@ -190,8 +234,11 @@ TEST(SizeBitmap, ReportsProgressAndStops) {
 
 TEST(SizeBitmap, KeepsTheBitmapWhenRefused) {
   for (const int bits : {1, 8, 24}) {
-    refuseEachResource({.leastPoints = 3}, [&](RefusalRound& round) {
+    // Giving back the unused end of the region's runs is a kindness only.
+    refuseEachResource({.survived = {"GlobalReAlloc"}, .leastPoints = 3}, [&](RefusalRound& round) {
       TestBitmap bitmap(37, 11, bits);
+      const RECT rect = {3, 4, 20, 9};
+      ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &rect, CombineSet), KSUCCESS);
       round.keeps(bitmap);
       round.run([&] { return Zv_SizeBitmap(&bitmap, 50, 20, 0); });
     });
