@@ -212,6 +212,25 @@ TEST(RunLengthRows, StoredRunsAddUpToTheWidth) {
   }
 }
 
+TEST(RunLengthRows, MirroredInPlace) {
+  std::mt19937 random(33);
+  for (int width = 1; width <= 70; ++width) {
+    for (int round = 0; round < 8; ++round) {
+      SCOPED_TRACE(testing::Message() << "width " << width << " round " << round);
+      TestBitmap bitmap(width, 2, 1, runLength);
+      const Pixels pixels = randomPixels(random, static_cast<size_t>(width));
+      ASSERT_EQ(Zv_PutBitmapRowCompressed(&bitmap, nullptr, recordOf(pixels).data(), 0, 1), KSUCCESS);
+      ASSERT_EQ(Zv_ReverseBitmap(&bitmap), KSUCCESS);
+      Bytes expected = recordOf(Pixels(pixels.rbegin(), pixels.rend()));
+      const Bytes blank = recordOf(Pixels(pixels.size(), false));
+      append(expected, blank.data(), blank.size());
+      Bytes stored(expected.size());
+      ASSERT_EQ(Zv_GetBitmapRowCompressed(&bitmap, nullptr, stored.data(), 0, 2), KSUCCESS);
+      ASSERT_EQ(stored, expected);
+    }
+  }
+}
+
 TEST(RunLengthRows, WritesSetTheDataSizeToTheHeap) {
   TestBitmap bitmap(100, 2, 1, runLength);
   EXPECT_EQ(bitmap.DataSize, 2u * 16);
