@@ -23,7 +23,7 @@ void mergeBelowAlpha(uint8_t* target, uint64_t targetBit, const uint8_t* source,
   constexpr size_t bytes = sizeof(Pixel);
   target += targetBit / 8;
   source += sourceBit / 8;
-  const auto pixels = static_cast<size_t>(count / (8 * bytes));
+  const auto pixels = static_cast<size_t>(count / 8 / bytes);
   for (size_t i = 0; i < pixels; ++i) {
     Pixel stored, pixel;
     memcpy(&stored, target + bytes * i, bytes);
