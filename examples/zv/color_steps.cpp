@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 #include <optional>
+#include <vector>
 
 #include "errors.h"
 #include "progress.h"
@@ -89,6 +90,32 @@ class ColorStep : public Step {
   }
 };
 
+constexpr Choice colorSpaces[] = {
+    {"bgr", SPACE_BGR}, {"ycbcr", SPACE_YCBCR}, {"cmy", SPACE_CMY}, {"hsv", SPACE_HSV}, {"hls", SPACE_HLS},
+};
+
+/// The three bytes of a pixel become those of another space; the file does not know, and shows them as colours.
+class ColorSpaceStep : public Step {
+ public:
+  ColorSpaceStep(int from, int to) : from_(from), to_(to) {}
+
+  void apply(Picture& picture) const override {
+    BitmapHandle* bitmap = picture.handle();
+    check(Zv_ColorResBitmap(bitmap, nullptr, 24, COLORRES_BLUE_FIRST, nullptr, 0), "change the depth");
+    std::vector<unsigned char> row(bitmap->BytesPerLine);
+    const PixelLock lock(picture);
+    for (unsigned y = 0; y < static_cast<unsigned>(bitmap->Height); y++) {
+      Zv_GetBitmapRow(bitmap, row.data(), y, bitmap->BytesPerLine);
+      check(Zv_ConvertColorSpace(row.data(), static_cast<unsigned>(bitmap->Width), from_, to_), "convert");
+      Zv_PutBitmapRow(bitmap, row.data(), y, bitmap->BytesPerLine);
+    }
+  }
+
+ private:
+  int from_;
+  int to_;
+};
+
 /// The step the option belongs to: the one just before, unless that one has been told this already.
 template <typename Member>
 ColorStep& stepFor(StepList& steps, Member member) {
@@ -133,6 +160,14 @@ void parseDither(StepList& steps, Arguments& arguments, const std::string& optio
   stepFor(steps, &ColorStep::dithering).dithering = isNumber ? text[0] - '0' : parseChoice(option, text, ditherMethods);
 }
 
+void parseColorSpace(StepList& steps, Arguments& arguments, const std::string& option) {
+  const std::string text = arguments.takeValue(option);
+  const size_t colon = text.find(':');
+  const int from = colon == std::string::npos ? SPACE_BGR : parseChoice(option, text.substr(0, colon), colorSpaces);
+  const int to = parseChoice(option, colon == std::string::npos ? text : text.substr(colon + 1), colorSpaces);
+  steps.add(std::make_unique<ColorSpaceStep>(from, to));
+}
+
 const StepOption options[] = {
     {"--bits", "N", "New depth: 1 to 8, 16, 24 or 32 bits.", parseBits},
     {"--palette", "KIND", "fixed, cube, gray, optimised, or a picture file whose palette is taken.", parsePalette},
@@ -140,6 +175,7 @@ const StepOption options[] = {
     {"--dither", "METHOD",
      "0 none, 1 floyd-steinberg, 2 stucki, 3 burkes, 4 sierra, 5 stevenson-arce, 6 jarvis, 7 bayer, 8 clustered.",
      parseDither},
+    {"--colorspace", "[FROM:]TO", "Pixel values in another space: bgr, ycbcr, cmy, hsv or hls.", parseColorSpace},
 };
 
 }  // namespace

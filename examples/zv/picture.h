@@ -26,6 +26,19 @@ class Picture {
   BitmapHandle bitmap_{};
 };
 
+/// Keeps the pixels of a picture addressable while it lives: what the row functions ask for.
+class PixelLock {
+ public:
+  explicit PixelLock(Picture& picture) : bitmap_(picture.handle()), wasLocked_(Zv_LockBitmap(bitmap_)) {}
+  PixelLock(const PixelLock&) = delete;
+  PixelLock& operator=(const PixelLock&) = delete;
+  ~PixelLock() { Zv_UnlockBitmap(bitmap_, wasLocked_); }
+
+ private:
+  BitmapHandle* bitmap_;
+  int wasLocked_;
+};
+
 /// What a status code of the library means.
 std::string statusText(int status);
 
