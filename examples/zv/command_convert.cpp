@@ -6,7 +6,7 @@ namespace zv {
 
 namespace {
 
-const std::span<const StepOption> families[] = {colorOptions};
+const std::span<const StepOption> families[] = {colorOptions, turnOptions};
 
 std::string help() {
   return stepHelp(families);

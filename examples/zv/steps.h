@@ -68,5 +68,6 @@ struct StepOption {
 };
 
 extern const std::span<const StepOption> colorOptions;
+extern const std::span<const StepOption> turnOptions;
 
 }  // namespace zv
