@@ -6,7 +6,7 @@ namespace zv {
 
 namespace {
 
-const std::span<const StepOption> families[] = {colorOptions, turnOptions};
+const std::span<const StepOption> families[] = {sizeOptions, colorOptions, turnOptions};
 
 std::string help() {
   return stepHelp(families);

@@ -67,6 +67,7 @@ struct StepOption {
   void (*parse)(StepList& steps, Arguments& arguments, const std::string& option);
 };
 
+extern const std::span<const StepOption> sizeOptions;
 extern const std::span<const StepOption> colorOptions;
 extern const std::span<const StepOption> turnOptions;
 

@@ -10,6 +10,8 @@
 
 namespace {
 
+const FrameFormat sample = {"png 24", GUID_ContainerFormatPng, GUID_WICPixelFormat24bppBGR, 24, false};
+
 struct RunResult {
   DWORD exitCode;
   std::string output;  /// What went to stdout and stderr.
@@ -24,7 +26,7 @@ class Zv : public testing::Test {
  protected:
   void SetUp() override {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    writeSample({"png", GUID_ContainerFormatPng, GUID_WICPixelFormat24bppBGR, 24, false}, file("in.png"), 96, 96);
+    writeSample(sample, file("in.png"), 96, 96);
     CoUninitialize();
   }
 
@@ -78,6 +80,12 @@ TEST_F(Zv, SaysWhatIsWrongInOneLine) {
       {"convert in.png out.png --sise 3x3", 2, "zv: unknown option --sise (zv convert --help lists them)\n"},
       {"convert in.png out.png --bits", 2, "zv: --bits needs a value\n"},
       {"convert in.png out.png --bits 0", 2, "zv: --bits takes a number from 1 to 32, not '0'\n"},
+      {"convert in.png out.png --size 0x3", 2, "zv: --size takes a size (WxH, Wx, xH or P%), not '0x3'\n"},
+      {"convert in.png out.png --size 99999x99999", 1,
+       "zv: cannot change the size: out of memory, or the picture would be too large\n"},
+      {"convert in.png out.png --rotate 1.234", 2,
+       "zv: --rotate takes a number from -360 to 360 with at most two decimals, not '1.234'\n"},
+      {"convert in.png out.png --flip --resample", 2, "zv: --resample must follow --size or --rotate\n"},
       {"convert in.png out.png --bits 24 --palette fixed", 2, "zv: a palette needs --bits 1 to 8\n"},
       {"convert in.png out.png --colors 20 --bits 4", 2, "zv: 20 colours do not fit in 4 bits\n"},
       {"convert in.png out.png --palette none.png", 1, "zv: cannot read none.png: no such file\n"},
@@ -110,6 +118,48 @@ TEST_F(Zv, AppliesOptionsInTheirOrder) {
     for (int shift = 0; shift < 24; shift += 8) {
       const uint32_t level = color >> shift & 255;
       EXPECT_TRUE(level == 0 || level == 128 || level == 192 || level == 255) << level;
+    }
+  }
+}
+
+TEST_F(Zv, FindsTheSidesOfASize) {
+  struct {
+    const char* size;
+    int width, height;
+  } const cases[] = {{"12x7", 12, 7}, {"74x", 74, 22}, {"x22", 74, 22}, {"300%", 111, 33}, {"1%", 1, 1}, {"x1", 3, 1}};
+  for (const auto& expected : cases) {
+    SCOPED_TRACE(expected.size);
+    EXPECT_EQ("", run(std::string("convert in.png out.bmp --size ") + expected.size).output);
+    const BmpFile picture = readBmp(file("out.bmp"));
+    EXPECT_EQ(expected.width, picture.width);
+    EXPECT_EQ(expected.height, picture.height);
+  }
+}
+
+TEST_F(Zv, TurnsPicturesAsSeen) {
+  struct {
+    const char* options;
+    bool swapped, flipped, mirrored;  /// The pixel at x, y of the result is that of the sample at y, x, and so on.
+  } const cases[] = {
+      {"--flip", false, true, false},      {"--mirror", false, false, true},
+      {"--rotate 180", false, true, true}, {"--rotate 90", true, true, false},
+      {"--rotate -90", true, false, true}, {"--rotate 90 --flip --mirror --rotate 90", false, false, false},
+  };
+  for (const auto& expected : cases) {
+    SCOPED_TRACE(expected.options);
+    EXPECT_EQ("", run(std::string("convert in.png out.bmp ") + expected.options).output);
+    const BmpFile picture = readBmp(file("out.bmp"));
+    ASSERT_EQ(expected.swapped ? sampleHeight : sampleWidth, picture.width);
+    ASSERT_EQ(expected.swapped ? sampleWidth : sampleHeight, picture.height);
+    for (int y = 0; y < picture.height; y++) {
+      for (int x = 0; x < picture.width; x++) {
+        const int column = expected.swapped ? y : x;
+        const int row = expected.swapped ? x : y;
+        ASSERT_EQ(sampleColor(sample, expected.mirrored ? sampleWidth - 1 - column : column,
+                              expected.flipped ? sampleHeight - 1 - row : row),
+                  picture.colors[static_cast<size_t>(y * picture.width + x)])
+            << x << ", " << y;
+      }
     }
   }
 }
