@@ -49,9 +49,11 @@ TEST(Module, IsNotLoadedWithoutATlsSlot) {
   const LibraryCopy copy;
   std::vector<DWORD> slots;
   for (DWORD slot = TlsAlloc(); slot != TLS_OUT_OF_INDEXES; slot = TlsAlloc()) slots.push_back(slot);
-  EXPECT_EQ(LoadLibraryA(copy.path()), nullptr);
-  EXPECT_EQ(GetLastError(), DWORD{ERROR_DLL_INIT_FAILED});
+  const HMODULE refused = LoadLibraryA(copy.path());
+  const DWORD error = GetLastError();
   for (const DWORD slot : slots) TlsFree(slot);
+  EXPECT_EQ(refused, nullptr);
+  EXPECT_EQ(error, DWORD{ERROR_DLL_INIT_FAILED});
   HMODULE loaded = LoadLibraryA(copy.path());
   EXPECT_NE(loaded, nullptr);
   FreeLibrary(loaded);

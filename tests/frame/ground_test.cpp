@@ -111,8 +111,8 @@ TEST(Ground, GuardedMemoryEndsWhereItSays) {
     EXPECT_EQ(accessibleBytes(block), 0u);
     Zv_OsFree(resized);
   }
-  TestBitmap bitmap(11, 9, 24);
-  EXPECT_EQ(accessibleBytes(bitmap.Data), 9u * 36u);
+  TestBitmap bitmap(11, 10, 24);
+  EXPECT_EQ(accessibleBytes(bitmap.Data), 10u * 36u);
   EXPECT_GT(failuresIn([] {
               auto* block = static_cast<uint8_t*>(Zv_OsAlloc(100));
               block[-1] = 0;

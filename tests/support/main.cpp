@@ -25,6 +25,9 @@ LONG WINAPI reportCrash(EXCEPTION_POINTERS* exception) {
     std::printf("crash: %s address %#lx\n", record.ExceptionInformation[0] == 0 ? "read from" : "write to",
                 record.ExceptionInformation[1]);
   }
+  if (record.ExceptionCode == EXCEPTION_ILLEGAL_INSTRUCTION) {
+    std::printf("crash: in the checked build, this is where undefined behaviour was met\n");
+  }
   std::fflush(stdout);
   std::_Exit(3);
 }

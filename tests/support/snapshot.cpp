@@ -1,5 +1,6 @@
 #include "support/snapshot.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "support/test_bitmap.h"
@@ -22,8 +23,9 @@ testing::AssertionResult Snapshot::unchanged() const {
     if (bytes[i] == bytes_[i]) continue;
     return testing::AssertionFailure() << "byte " << i % now.BytesPerLine << " of row " << i / now.BytesPerLine;
   }
+  const auto same = [](const PALETTEENTRY& a, const PALETTEENTRY& b) { return memcmp(&a, &b, sizeof a) == 0; };
   const std::vector<PALETTEENTRY> colors = colorsOf(bitmap_);
-  if (memcmp(colors.data(), colors_.data(), colors.size() * sizeof(PALETTEENTRY)) != 0) {
+  if (!std::equal(colors.begin(), colors.end(), colors_.begin(), colors_.end(), same)) {
     return testing::AssertionFailure() << "the palette";
   }
   return testing::AssertionSuccess();
