@@ -64,24 +64,21 @@ struct ResampleRun {
 };
 
 // Every destination row is the average of as many source rows, or one more for some.
-template <typename Average>
 int shrinkRows(ResampleRun& run) {
-  using Sum = typename Average::Sum;
-  auto sums = OsBlock<Sum>::allocate(run.rowBytes);
+  RowSums sums;
+  if (const int status = sums.open(run.rowBytes, run.sourceHeight / run.height + 1); status != KSUCCESS) return status;
   auto row = OsBlock<uint8_t>::allocate(run.rowBytes);
-  if (!sums || !row) return KERR_NO_MEMORY;
-  const unsigned fewer = run.sourceHeight / run.height;
-  const Average averages[2] = {Average(fewer), Average(fewer + 1)};
+  if (!row) return KERR_NO_MEMORY;
   Stepping stepping(run.sourceHeight, run.height);
   for (unsigned target = 0; target < run.height; ++target) {
     const unsigned first = stepping.position();
     const unsigned count = stepping.advance();
-    memset(sums.get(), 0, run.rowBytes * sizeof(Sum));
+    sums.clear();
     for (unsigned i = 0; i < count; ++i) {
       if (!run.rows.make(row.get(), first + i)) return run.rows.status();
-      addRow(sums.get(), row.get(), run.rowBytes);
+      sums.add(row.get());
     }
-    averageRows(run.writer.row(), sums.get(), run.rowBytes, averages[count - fewer]);
+    sums.average(run.writer.row(), count);
     if (const int status = run.finishRow(); status != KSUCCESS) return status;
   }
   return KSUCCESS;
@@ -135,9 +132,7 @@ int resample(BitmapHandle& destination, BitmapHandle& source) {
                      size_t{static_cast<unsigned>(destination.Width)} * format.channels(),
                      static_cast<unsigned>(source.Height),
                      static_cast<unsigned>(destination.Height)};
-  if (run.sourceHeight <= run.height) return enlargeRows(run);
-  return run.sourceHeight / run.height < ReciprocalAverage::largestCount ? shrinkRows<ReciprocalAverage>(run)
-                                                                         : shrinkRows<PlainAverage>(run);
+  return run.sourceHeight <= run.height ? enlargeRows(run) : shrinkRows(run);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "core/sizes.h"
 #include "geometry/packed_fetch.h"
+#include "geometry/row_stretch_even.h"
 #include "geometry/stepping.h"
 
 namespace zavo {
@@ -96,10 +97,16 @@ Workers workersFor(int bitsPerPixel) {
   }
 }
 
+// The worker for rows whose sources need no table, if the first source pixel begins at a byte; else null.
+Worker workerWithoutTable(const StretchSpan& span, int bitsPerPixel) {
+  if (span.count == 0 || span.destinationWidth == span.sourceWidth) return workersFor(bitsPerPixel).copy;
+  if (span.destinationWidth > span.sourceWidth && span.first % 2 != 0) return nullptr;
+  return evenStretchWorker(span.destinationWidth, span.sourceWidth, bitsPerPixel);
+}
+
 }  // namespace
 
 int RowStretch::plan(const StretchSpan& span, int bitsPerPixel) {
-  const Workers workers = workersFor(bitsPerPixel);
   const auto bits = static_cast<unsigned>(bitsPerPixel);
   counts_ = {span.count, 0};
   Stepping stepping(span.sourceWidth, span.destinationWidth, span.first);
@@ -107,11 +114,12 @@ int RowStretch::plan(const StretchSpan& span, int bitsPerPixel) {
 
   // Eight pixels are whole bytes in every depth, so the table counts from a multiple of eight.
   const unsigned aligned = firstSource / 8 * 8;
+  const unsigned bitsBefore = (firstSource - aligned) * bits;
   sourceStart_ = static_cast<size_t>(packedBytesFor(aligned, bits));
-  if (span.count == 0 || (span.destinationWidth == span.sourceWidth && (firstSource - aligned) * bits % 8 == 0)) {
-    sourceStart_ += (firstSource - aligned) * bits / 8;
+  if (const Worker worker = workerWithoutTable(span, bitsPerPixel); worker != nullptr && bitsBefore % 8 == 0) {
+    sourceStart_ += bitsBefore / 8;
     sources_.reset();
-    worker_ = workers.copy;
+    worker_ = worker;
     return KSUCCESS;
   }
 
@@ -124,7 +132,7 @@ int RowStretch::plan(const StretchSpan& span, int bitsPerPixel) {
     source += stepping.advance();
   }
   while (counts_.loose < span.count && sources_[counts_.loose] < sources_[span.count - 1]) ++counts_.loose;
-  worker_ = workers.stretch;
+  worker_ = workersFor(bitsPerPixel).stretch;
   return KSUCCESS;
 }
 

@@ -6,8 +6,20 @@
 #include <random>
 #include <vector>
 
+#include "core/module.h"
 #include "core/sizes.h"
 #include "geometry/stepping.h"
+
+namespace {
+
+bool useSsse3 = true;
+
+}  // namespace
+
+// The stretch is compiled into this program and asks here instead of in the library.
+bool zavo::cpuHasSsse3() {
+  return useSsse3 && __builtin_cpu_supports("ssse3") != 0;
+}
 
 namespace {
 
@@ -94,7 +106,7 @@ TEST(RowStretch, WholeRowsOfEveryDepthAndWidth) {
   std::mt19937 random(12);
   for (const int bits : depths) {
     for (unsigned width = 1; width <= 130; ++width) {
-      const unsigned others[] = {width, 2 * width, (width + 1) / 2, random() % 300 + 1};
+      const unsigned others[] = {width, 2 * width, 4 * width, (width + 1) / 2, random() % 300 + 1};
       for (const unsigned other : others) {
         SCOPED_TRACE(testing::Message() << bits << " bits, " << other << " to " << width);
         check({{width, other, 0, width, 0}, bits}, random);
@@ -104,11 +116,24 @@ TEST(RowStretch, WholeRowsOfEveryDepthAndWidth) {
   }
 }
 
+TEST(RowStretch, TriplesWithoutByteShuffles) {
+  std::mt19937 random(14);
+  useSsse3 = false;
+  for (unsigned width = 1; width <= 70; ++width) {
+    SCOPED_TRACE(width);
+    check({{width, 2 * width, 0, width, 0}, 24}, random);
+    check({{2 * width, width, 0, 2 * width, 0}, 24}, random);
+  }
+  useSsse3 = true;
+}
+
 TEST(RowStretch, PartsOfRowsFromAnyPixelOn) {
   std::mt19937 random(13);
   for (int trial = 0; trial < 3000; ++trial) {
     const unsigned destinationWidth = random() % 200 + 1;
-    const unsigned sourceWidth = trial % 4 == 0 ? destinationWidth : random() % 200 + 1;
+    const unsigned widths[] = {random() % 200 + 1, destinationWidth, destinationWidth * 2, destinationWidth * 4,
+                               (destinationWidth + 1) / 2};
+    const unsigned sourceWidth = widths[random() % std::size(widths)];
     const unsigned first = random() % destinationWidth;
     const unsigned count = random() % (destinationWidth - first + 1);
     // The memory handed in may begin before the source row or within it, up to the first pixel needed.
