@@ -8,13 +8,14 @@
 namespace zavo {
 namespace {
 
-// (base + ahead) / divisor, rounded toward zero. `ahead` comes late: both candidates wait for it alone.
+// (base + ahead) / divisor, rounded toward zero. `ahead` comes late: both candidates wait for it alone, and which one
+// it is shall not be guessed, for it is as good as random.
 template <int divisor>
 int divideSum(int base, int ahead) {
   if constexpr (std::has_single_bit(unsigned{divisor})) {
     const int sum = base + ahead;
     const int raised = (base + (divisor - 1)) + ahead;
-    return (sum < 0 ? raised : sum) >> std::countr_zero(unsigned{divisor});
+    return (__builtin_expect_with_probability(sum < 0, 1, 0.5) ? raised : sum) >> std::countr_zero(unsigned{divisor});
   } else {
     return (base + ahead) / divisor;
   }
@@ -47,25 +48,22 @@ void diffuseColors(DitherRun& run, uint8_t* indexes, const uint8_t* pixels) {
 template <int method>
 void diffuseGray(DitherRun& run, uint8_t* indexes, const uint8_t* levels) {
   constexpr Kernel kernel = kernelOf<method>;
-  constexpr bool hasSums = sumsFit16Bits(kernel);
-  if constexpr (hasSums) vectorSums<method, 1>(run.sums, run.errors, run.width);
+  const unsigned width = run.width;
+  const auto* sums = static_cast<const Sum<method>*>(run.sums);
   const auto* steps = run.grayTable.steps - GrayTable::lowest;
   const uint8_t* entries = run.grayTable.indexes - GrayTable::lowest;
   int16_t* errors = run.errors.rows[0];
+  vectorSums<method, 1>(static_cast<Sum<method>*>(run.sums), run.errors, width);
   int ahead = 0;
-  for (ptrdiff_t x = 0; x < static_cast<ptrdiff_t>(run.width); ++x) {
-    int base = kernel.ahead[1] * errors[x - 2];
-    if constexpr (hasSums) {
-      base += run.sums[x];
-    } else {
-      base += sumFromAbove<method, 1>(run.errors, static_cast<size_t>(x));
-    }
-    const int value = levels[x] + divideSum<kernel.divisor>(base, ahead);
-    if (steps[value].error == GrayTable::unknown) [[unlikely]]
-      fillGrayTable(run, value);
-    ahead = steps[value].ahead;
-    errors[x] = steps[value].error;
-    indexes[x] = entries[value];
+  for (unsigned x = 0; x < width; ++x) {
+    const int base = sums[x] + kernel.ahead[1] * errors[static_cast<ptrdiff_t>(x) - 2];
+    const int carried = divideSum<kernel.divisor>(base, ahead);
+    const auto* step = steps + levels[x] + carried;
+    if (step->error == GrayTable::unknown) [[unlikely]]
+      fillGrayTable(run, levels[x] + carried);
+    ahead = step->ahead;
+    errors[x] = step->error;
+    indexes[x] = entries[levels[x] + carried];
   }
   run.errors.roll();
 }

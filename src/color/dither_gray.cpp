@@ -39,11 +39,10 @@ void setGrayTable(DitherRun& run, int ahead) {
 void fillGrayTable(DitherRun& run, int value) {
   const int level = std::clamp(value, 0, 255);
   const auto gray = static_cast<unsigned>(level);
-  const unsigned index = nearestIndex(run.target.palette, run.target.colorCount, gray, gray, gray);
-  setEntries(run, level & ~7, level | 7, static_cast<uint8_t>(index));
+  setEntries(run, level & ~7, level | 7, run.target.matcher.search(gray, gray, gray));
 }
 
-void quantiseGray(DitherRun& run, uint8_t* indexes, const uint8_t* levels) {
+void plainQuantiseGray(DitherRun& run, uint8_t* indexes, const uint8_t* levels) {
   const auto* steps = run.grayTable.steps - GrayTable::lowest;
   const uint8_t* entries = run.grayTable.indexes - GrayTable::lowest;
   for (unsigned x = 0; x < run.width; ++x) {

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 namespace zavo {
@@ -32,10 +33,17 @@ inline constexpr Kernel kernels[diffusionMethods] = {
 template <int method>
 inline constexpr Kernel kernelOf = kernels[method - 1];
 
-// Errors lie between -255 and 255 and the weights of a kernel add up to its divisor.
-constexpr bool sumsFit16Bits(const Kernel& kernel) {
-  return 255 * kernel.divisor <= INT16_MAX;
+// The largest sum: errors lie between -255 and 255, and the weights of a kernel add up to its divisor.
+constexpr int largestSum(const Kernel& kernel) {
+  return 255 * kernel.divisor;
 }
+
+// An undivided sum of a method.
+template <int method>
+using Sum = std::conditional_t<largestSum(kernelOf<method>) <= INT16_MAX, int16_t, int32_t>;
+
+template <int method>
+inline constexpr bool hasShortSums = sizeof(Sum<method>) == sizeof(int16_t);
 
 // The error rows of a dither run, the current one first, then those above it. Samples of a pixel (4 lanes of a colour,
 // or 1 of grey) lie side by side. Each row has margins of zeros that are never written, so that errors that would leave

@@ -69,6 +69,17 @@ void vectorAddOffsets(uint8_t* destination, const uint8_t* source, size_t count,
   plainAddOffsets(destination + i, source + i, count - i, raise, lower);
 }
 
+void vectorQuantiseGray(DitherRun& run, uint8_t* indexes, const uint8_t* levels) {
+  const int bits = run.target.kind == fixedKind(1) ? 1 : 2;
+  const __m128i shift = _mm_cvtsi32_si128(8 - bits);
+  const __m128i mask = _mm_set1_epi8(static_cast<char>((1 << bits) - 1));
+  unsigned x = 0;
+  for (; x + 16 <= run.width; x += 16) {
+    store(indexes + x, _mm_and_si128(_mm_srl_epi16(load(levels + x), shift), mask));
+  }
+  for (; x < run.width; ++x) indexes[x] = static_cast<uint8_t>(levels[x] >> (8 - bits));
+}
+
 QuantiseFunction vectorQuantise(int kind) {
   return chooseByQuantiser(kind, []<typename Quantiser>() -> QuantiseFunction {
     return std::is_same_v<Quantiser, LevelsQuantiser> ? quantiseLevels : nullptr;

@@ -60,18 +60,17 @@ struct DitherRun {
   uint8_t* work;     // the block that holds the rows below and the error rows
   uint8_t* pixels;   // a fetched row
   uint8_t* indexes;  // a row of indexes
-  int16_t* sums;     // what the rows above carry to a row
+  void* sums;        // what the rows above carry to a row, of the method's Sum type
 };
 
-// --- Error diffusion, methods 1 to 6. The plain functions serve every kind of target. The vector functions need
-// undivided sums of 16 bits; null for the method that has larger ones.
+// --- Error diffusion, methods 1 to 6. The plain functions are the rule by which the vector functions go.
 [[nodiscard]] DitherRowFunction plainDiffusion(int method, int kind);
 [[nodiscard]] DitherRowFunction vectorDiffusion(int method, int kind);
 [[nodiscard]] DitherRowFunction grayDiffusion(int method);
 
-// What the rows above carry to each of `samples` samples, undivided; for methods whose sums have 16 bits.
+// What the rows above carry to each of `samples` samples, undivided.
 template <int method, int lanes>
-void vectorSums(int16_t* sums, const ErrorRows& errors, size_t samples);
+void vectorSums(Sum<method>* sums, const ErrorRows& errors, size_t samples);
 
 // --- Ordered dithering, methods 7 and 8
 void setOrderedOffsets(OrderedOffsets& offsets, int method, int levelCode, bool gray);
@@ -86,7 +85,9 @@ void vectorAddOffsets(uint8_t* destination, const uint8_t* source, size_t count,
 // --- The nearest entry
 [[nodiscard]] QuantiseFunction plainQuantise(int kind);
 [[nodiscard]] QuantiseFunction vectorQuantise(int kind);  // null for kinds without even levels
-void quantiseGray(DitherRun& run, uint8_t* indexes, const uint8_t* levels);
+// Of grey runs, by the table; the vector function for fixed palettes.
+void plainQuantiseGray(DitherRun& run, uint8_t* indexes, const uint8_t* levels);
+void vectorQuantiseGray(DitherRun& run, uint8_t* indexes, const uint8_t* levels);
 
 // Prepares a grey run's table: that of a fixed palette whole, another to be filled as values appear. `ahead` is the
 // weight of an error for the next pixel.

@@ -34,7 +34,7 @@ bool takeRows(DitherRun& run, bool diffusion) {
   const unsigned lanes = run.gray ? 1 : 4;
   const uint64_t pixelBytes = (width * lanes + 3) / 4 * 4;
   const uint64_t indexBytes = (width + 3) / 4 * 4;
-  const uint64_t sumBytes = diffusion ? width * lanes * sizeof(int16_t) : 0;
+  const uint64_t sumBytes = diffusion ? width * lanes * sizeof(int32_t) : 0;  // for the longest
   const uint64_t errorBytes = diffusion ? (width + 2 * ErrorRows::margin) * lanes * sizeof(int16_t) : 0;
   auto block = OsBlock<uint8_t>::allocateZeroed(pixelBytes + indexBytes + sumBytes + ErrorRows::count * errorBytes);
   if (!block) return false;
@@ -43,7 +43,7 @@ bool takeRows(DitherRun& run, bool diffusion) {
   uint8_t* next = run.work;
   run.pixels = next;
   run.indexes = next += pixelBytes;
-  run.sums = reinterpret_cast<int16_t*>(next += indexBytes);
+  run.sums = next += indexBytes;
   next += sumBytes;
   for (auto& row : run.errors.rows) {
     row = reinterpret_cast<int16_t*>(next) + ErrorRows::margin * lanes;
@@ -55,7 +55,7 @@ bool takeRows(DitherRun& run, bool diffusion) {
 void chooseFunctions(DitherRun& run, int method) {
   if (run.gray) {
     setGrayTable(run, isDiffusion(method) ? kernels[method - 1].ahead[0] : 0);
-    run.quantise = quantiseGray;
+    run.quantise = run.target.kind == noFixedKind ? plainQuantiseGray : vectorQuantiseGray;
   } else {
     run.quantise = vectorQuantise(run.target.kind);
     if (run.quantise == nullptr) run.quantise = plainQuantise(run.target.kind);
@@ -66,7 +66,6 @@ void chooseFunctions(DitherRun& run, int method) {
     run.dither = ditherOrdered;
   } else if (isDiffusion(method)) {
     run.dither = run.gray ? grayDiffusion(method) : vectorDiffusion(method, run.target.kind);
-    if (run.dither == nullptr) run.dither = plainDiffusion(method, run.target.kind);
   }
 }
 

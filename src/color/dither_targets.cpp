@@ -48,8 +48,7 @@ int meanSpacing(const RGBQUAD* palette, unsigned count) {
 }  // namespace
 
 uint16_t MatchQuantiser::search(uint32_t color) const {
-  const unsigned index = nearestIndex(target_.palette, target_.colorCount, redOf(color), greenOf(color), blueOf(color));
-  return static_cast<uint16_t>(index + 1);
+  return static_cast<uint16_t>(matcher_.search(redOf(color), greenOf(color), blueOf(color)) + 1);
 }
 
 void setDitherTarget(DitherTarget& target, int kind, const RGBQUAD* palette, unsigned colorCount) {
@@ -69,6 +68,7 @@ void setDitherTarget(DitherTarget& target, int kind, const RGBQUAD* palette, uns
     target.lanes[i][2] = palette[i].rgbRed;
   }
   if (kind == fixedKind(4)) fillCells(target.cells, palette);
+  if (kind == noFixedKind) target.matcher.prepare(target.palette, target.colorCount, nullptr);
 }
 
 int fixedKindOf(const RGBQUAD* palette, unsigned count) {

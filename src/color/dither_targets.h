@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "color/color_matcher.h"
 #include "color/palettes.h"
 
 namespace zavo {
@@ -25,7 +26,8 @@ struct DitherTarget {
   RGBQUAD palette[256];
   int16_t lanes[256][4];  // the palette as blue, green, red, 0; errors are measured against it
   uint8_t cells[512];     // for the fixed palette of 4 bits: the entry for the top three bits of red, green, blue
-  uint16_t* match;        // for other palettes: by colour key, the entry + 1, or 0 while unknown
+  ColorMatcher matcher;   // for other palettes: the search
+  uint16_t* match;        // and its answers by colour key: the entry + 1, or 0 while unknown
 };
 
 // Fills in everything but `match`. `palette` is null or not looked at for a fixed kind.
