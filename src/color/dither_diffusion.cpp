@@ -51,19 +51,18 @@ void diffuseGray(DitherRun& run, uint8_t* indexes, const uint8_t* levels) {
   const unsigned width = run.width;
   const auto* sums = static_cast<const Sum<method>*>(run.sums);
   const auto* steps = run.grayTable.steps - GrayTable::lowest;
-  const uint8_t* entries = run.grayTable.indexes - GrayTable::lowest;
   int16_t* errors = run.errors.rows[0];
   vectorSums<method, 1>(static_cast<Sum<method>*>(run.sums), run.errors, width);
   int ahead = 0;
   for (unsigned x = 0; x < width; ++x) {
     const int base = sums[x] + kernel.ahead[1] * errors[static_cast<ptrdiff_t>(x) - 2];
     const int carried = divideSum<kernel.divisor>(base, ahead);
-    const auto* step = steps + levels[x] + carried;
-    if (step->error == GrayTable::unknown) [[unlikely]]
+    const auto* stepsHere = steps + levels[x];
+    if (stepsHere[carried].error == GrayTable::unknown) [[unlikely]]
       fillGrayTable(run, levels[x] + carried);
-    ahead = step->ahead;
-    errors[x] = step->error;
-    indexes[x] = entries[levels[x] + carried];
+    ahead = stepsHere[carried].ahead;
+    errors[x] = stepsHere[carried].error;
+    indexes[x] = stepsHere[carried].index;
   }
   run.errors.roll();
 }

@@ -141,7 +141,9 @@ Carried carry(const int32_t* sums, __m128i last, __m128i lastButOne) {
   static_assert(isExact(factorOf(kernel), kernel));
   const __m128i above = _mm_loadu_si128(reinterpret_cast<const __m128i*>(sums));
   const __m128i weights = _mm_set1_epi32(pairOf(kernel.ahead[0], kernel.ahead[1]));
-  const __m128i sum = _mm_add_epi32(above, _mm_madd_epi16(_mm_unpacklo_epi16(last, lastButOne), weights));
+  // Without a weight for the last pixel, its error need not be waited for.
+  const __m128i first = kernel.ahead[0] == 0 ? _mm_setzero_si128() : last;
+  const __m128i sum = _mm_add_epi32(above, _mm_madd_epi16(_mm_unpacklo_epi16(first, lastButOne), weights));
   const __m128i quotient = _mm_cvttps_epi32(_mm_mul_ps(_mm_cvtepi32_ps(sum), _mm_set1_ps(factorOf(kernel))));
   return {_mm_packs_epi32(quotient, quotient), _mm_setzero_si128()};
 }
@@ -192,8 +194,9 @@ class EntryLanes {
 
   __m128i operator()(__m128i values, uint8_t& index) const {
     values = _mm_and_si128(values, _mm_set1_epi16(255));
-    index = quantise_(static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(values, values))));
-    return _mm_sub_epi16(values, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(target_.lanes[index])));
+    const uint8_t entry = quantise_(static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(values, values))));
+    index = entry;
+    return _mm_sub_epi16(values, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(lanes_[entry])));
   }
 
  private:

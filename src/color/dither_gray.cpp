@@ -16,9 +16,8 @@ void setEntries(DitherRun& run, int first, int last, uint8_t index) {
   const int level = run.target.palette[index].rgbGreen;
   for (int value = first; value <= last; ++value) {
     const int error = std::clamp(value, 0, 255) - level;
-    run.grayTable.steps[value - GrayTable::lowest] = {.ahead = static_cast<int16_t>(error * run.grayAhead),
-                                                      .error = static_cast<int16_t>(error)};
-    run.grayTable.indexes[value - GrayTable::lowest] = index;
+    run.grayTable.steps[value - GrayTable::lowest] = {
+        .ahead = error * run.grayAhead, .error = static_cast<int16_t>(error), .index = index};
   }
 }
 
@@ -44,11 +43,10 @@ void fillGrayTable(DitherRun& run, int value) {
 
 void plainQuantiseGray(DitherRun& run, uint8_t* indexes, const uint8_t* levels) {
   const auto* steps = run.grayTable.steps - GrayTable::lowest;
-  const uint8_t* entries = run.grayTable.indexes - GrayTable::lowest;
   for (unsigned x = 0; x < run.width; ++x) {
     if (steps[levels[x]].error == GrayTable::unknown) [[unlikely]]
       fillGrayTable(run, levels[x]);
-    indexes[x] = entries[levels[x]];
+    indexes[x] = steps[levels[x]].index;
   }
 }
 

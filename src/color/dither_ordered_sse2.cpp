@@ -80,6 +80,19 @@ void vectorQuantiseGray(DitherRun& run, uint8_t* indexes, const uint8_t* levels)
   for (; x < run.width; ++x) indexes[x] = static_cast<uint8_t>(levels[x] >> (8 - bits));
 }
 
+void packTopBits(DitherRun& run, uint8_t* packed, const uint8_t* levels) {
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i weights = _mm_set1_epi64x(0x0102040810204080);
+  unsigned x = 0;
+  for (; x + 16 <= run.width; x += 16) {
+    const __m128i set = _mm_cmplt_epi8(load(levels + x), zero);
+    const __m128i bytes = _mm_sad_epu8(_mm_and_si128(set, weights), zero);
+    packed[x / 8] = static_cast<uint8_t>(_mm_cvtsi128_si32(bytes));
+    packed[x / 8 + 1] = static_cast<uint8_t>(_mm_extract_epi16(bytes, 4));
+  }
+  for (; x < run.width; ++x) setPackedPixel(packed, x, 1, levels[x] >> 7);
+}
+
 QuantiseFunction vectorQuantise(int kind) {
   return chooseByQuantiser(kind, []<typename Quantiser>() -> QuantiseFunction {
     return std::is_same_v<Quantiser, LevelsQuantiser> ? quantiseLevels : nullptr;

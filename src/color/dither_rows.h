@@ -13,8 +13,8 @@ namespace zavo {
 
 struct DitherRun;
 
-// Dithers a row to indexes of a byte each. Pixels are 4 bytes of blue, green, red and anything, or in a grey run one
-// byte of grey level.
+// Dithers a row to indexes of a byte each, or for some targets to packed indexes. Pixels are 4 bytes of blue, green,
+// red and anything, or in a grey run one byte of grey level.
 using DitherRowFunction = void (*)(DitherRun& run, uint8_t* indexes, const uint8_t* pixels);
 
 // Finds the entries of pixels as they are.
@@ -27,12 +27,12 @@ struct GrayTable {
   static constexpr int16_t unknown = INT16_MIN;
 
   struct Step {
-    int16_t ahead;  // the error times its weight for the next pixel
+    int32_t ahead;  // the error times its weight for the next pixel
     int16_t error;  // or unknown
+    uint8_t index;
   };
 
   Step steps[entries];
-  uint8_t indexes[entries];
 };
 
 // One 8 x 8 matrix as offsets to add and to subtract with saturation, in rows of 32 bytes: 8 pixels of 4 bytes, or 32
@@ -50,8 +50,7 @@ struct DitherRun {
   DitherRowFunction dither;
   QuantiseFunction quantise;  // of the ordered methods and of none
   RowConverter fetch;         // to 4 bytes a pixel, or to grey levels
-  int targetBits;
-  PackFunction pack;
+  PackFunction pack;          // null where the row function packs by itself
   DitherTarget target;
   ErrorRows errors;
   OrderedOffsets offsets;
@@ -88,6 +87,8 @@ void vectorAddOffsets(uint8_t* destination, const uint8_t* source, size_t count,
 // Of grey runs, by the table; the vector function for fixed palettes.
 void plainQuantiseGray(DitherRun& run, uint8_t* indexes, const uint8_t* levels);
 void vectorQuantiseGray(DitherRun& run, uint8_t* indexes, const uint8_t* levels);
+// Black and white, packed: 1 for levels from 128 on.
+void packTopBits(DitherRun& run, uint8_t* packed, const uint8_t* levels);
 
 // Prepares a grey run's table: that of a fixed palette whole, another to be filled as values appear. `ahead` is the
 // weight of an error for the next pixel.

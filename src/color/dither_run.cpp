@@ -52,14 +52,24 @@ bool takeRows(DitherRun& run, bool diffusion) {
   return true;
 }
 
-void chooseFunctions(DitherRun& run, int method) {
-  if (run.gray) {
-    setGrayTable(run, isDiffusion(method) ? kernels[method - 1].ahead[0] : 0);
-    run.quantise = run.target.kind == noFixedKind ? plainQuantiseGray : vectorQuantiseGray;
+// How pixels find their entries, and who packs them. Grey to black and white packs as it goes.
+void chooseQuantise(DitherRun& run, bool diffusion, int bits) {
+  run.pack = bits == 8 ? nullptr : packFunction(bits);
+  if (!run.gray) {
+    const QuantiseFunction vector = vectorQuantise(run.target.kind);
+    run.quantise = vector != nullptr ? vector : plainQuantise(run.target.kind);
+  } else if (run.target.kind == noFixedKind) {
+    run.quantise = plainQuantiseGray;
+  } else if (run.target.kind == fixedKind(1) && bits == 1 && !diffusion) {
+    run.quantise = packTopBits;
+    run.pack = nullptr;
   } else {
-    run.quantise = vectorQuantise(run.target.kind);
-    if (run.quantise == nullptr) run.quantise = plainQuantise(run.target.kind);
+    run.quantise = vectorQuantiseGray;
   }
+}
+
+void chooseDither(DitherRun& run, int method) {
+  if (run.gray) setGrayTable(run, isDiffusion(method) ? kernels[method - 1].ahead[0] : 0);
   run.dither = run.quantise;
   if (isOrdered(method)) {
     setOrderedOffsets(run.offsets, method, levelCode(run.target), run.gray);
@@ -79,14 +89,14 @@ int fillRun(DitherRun& run, const DitherSource& source, const DitherPalette& pal
       run.fetch.prepare(source.bitsPerPixel, fetched, source.colorOrder, ORDER_BLUE_FIRST, source.palette, nullptr);
   if (status != KSUCCESS) return status;
   run.width = static_cast<unsigned>(source.width);
-  run.targetBits = palette.bitsPerPixel;
-  run.pack = packFunction(palette.bitsPerPixel);
   if (palette.kind == noFixedKind) {
     run.target.match = OsBlock<uint16_t>::allocateZeroed(matchTableEntries).release();
     if (run.target.match == nullptr) return KERR_NO_MEMORY;
   }
-  if (!takeRows(run, isDiffusion(source.method))) return KERR_NO_MEMORY;
-  chooseFunctions(run, source.method);
+  const bool diffusion = isDiffusion(source.method);
+  if (!takeRows(run, diffusion)) return KERR_NO_MEMORY;
+  chooseQuantise(run, diffusion, palette.bitsPerPixel);
+  chooseDither(run, source.method);
   return KSUCCESS;
 }
 
@@ -123,7 +133,7 @@ void ditherRow(DitherRun& run, uint8_t* destination, const uint8_t* source) {
     run.fetch.convert(run.pixels, source, run.width);
     pixels = run.pixels;
   }
-  if (run.targetBits == 8) {
+  if (run.pack == nullptr) {
     run.dither(run, destination, pixels);
   } else {
     run.dither(run, run.indexes, pixels);

@@ -57,18 +57,22 @@ constexpr unsigned redOf(uint32_t color) {
 // Through the match table. The first colour of a key decides for all of that key.
 class MatchQuantiser {
  public:
-  explicit MatchQuantiser(const DitherTarget& target) : target_(target) {}
+  explicit MatchQuantiser(DitherTarget& target) : match_(target.match), matcher_(target.matcher) {}
   uint8_t operator()(uint32_t color) const {
-    uint16_t& entry = target_.match[(color >> 9 & 0x7C00) | (color >> 6 & 0x3E0) | (color >> 3 & 0x1F)];
-    if (entry == 0) [[unlikely]]
+    const uint32_t key = (color >> 9 & 0x7C00) | (color >> 6 & 0x3E0) | (color >> 3 & 0x1F);
+    uint16_t entry = match_[key];
+    if (entry == 0) [[unlikely]] {
       entry = search(color);
+      match_[key] = entry;
+    }
     return static_cast<uint8_t>(entry - 1);
   }
 
  private:
   [[nodiscard]] uint16_t search(uint32_t color) const;
 
-  const DitherTarget& target_;
+  uint16_t* match_;
+  ColorMatcher& matcher_;
 };
 
 // Black and white, or four greys: the top bits of the brightness.

@@ -96,6 +96,12 @@ void unpack(uint8_t* indexes, const uint8_t* packed, unsigned firstPixel, unsign
     count -= head;
     packed += bits;
   }
+  if constexpr (bits == 1) {
+    const unsigned done = unpackBitGroups(indexes, packed, count);
+    indexes += done;
+    packed += done / 8;
+    count -= done;
+  }
   for (; count >= 8; count -= 8) {
     Group<bits>::unpack(indexes, packed);
     packed += bits;
@@ -113,6 +119,12 @@ void pack(uint8_t* packed, const uint8_t* indexes, unsigned firstPixel, unsigned
     for (unsigned i = 0; i < head; ++i) setPackedPixel(packed, phase++, bits, *indexes++);
     count -= head;
     packed += bits;
+  }
+  if constexpr (bits == 1) {
+    const unsigned done = packBitGroups(packed, indexes, count);
+    indexes += done;
+    packed += done / 8;
+    count -= done;
   }
   for (; count >= 8; count -= 8) {
     Group<bits>::pack(packed, indexes);

@@ -29,4 +29,9 @@ void shiftBitsLeft(uint8_t* packed, unsigned bytes, unsigned shift);
 // Moves it towards the last bit; the first byte's vacated bits become zero.
 void shiftBitsRight(uint8_t* packed, unsigned bytes, unsigned shift);
 
+// Vector code for pixels of 1 bit: takes as many pixels as are whole groups of 16, from a byte's first bit on; the
+// number taken.
+unsigned packBitGroups(uint8_t* packed, const uint8_t* indexes, unsigned count);
+unsigned unpackBitGroups(uint8_t* indexes, const uint8_t* packed, unsigned count);
+
 }  // namespace zavo
