@@ -260,7 +260,8 @@ ZAVO_API int ZAVO_CALL Zv_LockBitmap(BitmapHandle* bitmap);
 ZAVO_API void ZAVO_CALL Zv_UnlockBitmap(BitmapHandle* bitmap, int wasLocked);
 
 /**
- * Cuts rows off the end of the stored image, or adds rows of zeros to it.
+ * Cuts rows off the end of the stored image, or adds rows of zeros to it. The region is cut too; new rows are not in
+ * it.
  * @param bitmap     an allocated bitmap that is not locked
  * @param newHeight  the new number of rows, at least 1
  * @return KSUCCESS; KERR_BAD_BITMAP; KERR_BAD_PARAMETER for a locked bitmap; KERR_NO_MEMORY when storage cannot be

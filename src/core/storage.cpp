@@ -10,6 +10,7 @@
 #include "core/memory.h"
 #include "core/module.h"
 #include "core/owners.h"
+#include "core/region_services.h"
 #include "core/row_table.h"
 #include "core/sizes.h"
 #include "core/status.h"
@@ -242,6 +243,21 @@ bool isLocked(const BitmapHandle& bitmap) {
   return (bitmap.Flags & BMF_LOCKED) != 0;
 }
 
+// The storage of another number of rows; DataSize and the row cache are left to the caller.
+int resizeStorage(BitmapHandle& bitmap, int newHeight, unsigned newBytes) {
+  switch (storageKind(bitmap)) {
+    case StorageKind::runLength:
+      return resizeRunLengthRows(bitmap, newHeight);
+    case StorageKind::section:
+      return resizeSection(bitmap, newBytes);
+    case StorageKind::globalMemory:
+      return resizeGlobalMemory(bitmap, newBytes);
+    case StorageKind::temporaryFile:
+      break;
+  }
+  return resizeTemporaryFile(bitmap, newBytes);
+}
+
 }  // namespace
 
 StorageKind storageKind(const BitmapHandle& bitmap) {
@@ -331,28 +347,23 @@ int ZAVO_CALL Zv_ChangeBitmapHeight(BitmapHandle* bitmap, int newHeight) {
   const uint64_t newBytes = uint64_t{bitmap->BytesPerLine} * static_cast<unsigned>(newHeight);
   if (newBytes > UINT32_MAX) return KERR_NO_MEMORY;
 
+  // The region is cut to the new rows. A copy is cut beforehand, because nothing may fail once the pixels are gone.
+  BitmapHandle fitted = *bitmap;
+  fitted.Height = newHeight;
+  if (const int status = copyRegion(fitted, *bitmap, 0, 0); status != KSUCCESS) return status;
+
   const auto bytes = static_cast<unsigned>(newBytes);
-  int status = KSUCCESS;
-  switch (storageKind(*bitmap)) {
-    case StorageKind::runLength:
-      status = resizeRunLengthRows(*bitmap, newHeight);
-      break;
-    case StorageKind::section:
-      status = resizeSection(*bitmap, bytes);
-      break;
-    case StorageKind::globalMemory:
-      status = resizeGlobalMemory(*bitmap, bytes);
-      break;
-    case StorageKind::temporaryFile:
-      status = resizeTemporaryFile(*bitmap, bytes);
-      break;
+  const int status = resizeStorage(*bitmap, newHeight, bytes);
+  if (status == KSUCCESS) {
+    if (!isRunLength(*bitmap)) bitmap->DataSize = bytes;  // a run heap keeps its size
+    bitmap->Height = newHeight;
+    bitmap->CachedRow = 0;
+    bitmap->CachedRowOffset = 0;
   }
-  if (status != KSUCCESS) return status;
-  if (!isRunLength(*bitmap)) bitmap->DataSize = bytes;  // a run heap keeps its size
-  bitmap->Height = newHeight;
-  bitmap->CachedRow = 0;
-  bitmap->CachedRowOffset = 0;
-  return KSUCCESS;
+  const bool resized = bitmap->Height == newHeight;  // run-length rows can be cut and yet fail
+  freeRegion(resized ? *bitmap : fitted);
+  if (resized) bitmap->Region = fitted.Region;
+  return status;
 }
 
 int ZAVO_CALL Zv_TrimBitmapHeap(BitmapHandle* bitmap) {

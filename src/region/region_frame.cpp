@@ -125,9 +125,15 @@ class MonochromeColors {
   COLORREF background_;
 };
 
-int drawOutline(HDC dc, HBITMAP outline, const RECT& bounds, HBRUSH brush) {
+int drawOutline(HDC dc, BitmapHandle& bitmap, const DisplayTransform& transform, HBRUSH brush) {
+  const RECT bounds = transform.displayRect(bitmap.Region->bounds);
+  if (isEmptyRect(bounds)) return KSUCCESS;
+  if (!isDrawable(bounds)) return KERR_NO_MEMORY;
   const MemoryDC source(CreateCompatibleDC(dc));
   if (!source || brush == nullptr) return KERR_NO_MEMORY;
+  HBITMAP outline = outlineFor(bitmap, transform, bounds);
+  if (outline == nullptr) return KERR_NO_MEMORY;
+
   const Selection bits(source.get(), outline);
   const Selection stripes(dc, brush);
   if (!bits || !stripes) return KERR_NO_MEMORY;
@@ -148,10 +154,5 @@ int ZAVO_CALL Zv_FrameBitmapRgn(HDC dc, BitmapHandle* bitmap, const RegionXForm*
   if (bitmap->Region == nullptr) return KSUCCESS;
   DisplayTransform transform;
   if (const int status = transform.open(*bitmap, xform); status != KSUCCESS) return status;
-  const RECT bounds = transform.displayRect(bitmap->Region->bounds);
-  if (isEmptyRect(bounds)) return KSUCCESS;
-  if (!isDrawable(bounds)) return KERR_NO_MEMORY;
-  HBITMAP outline = outlineFor(*bitmap, transform, bounds);
-  if (outline == nullptr) return KERR_NO_MEMORY;
-  return drawOutline(dc, outline, bounds, frameBrush(frameType));
+  return drawOutline(dc, *bitmap, transform, frameBrush(frameType));
 }
