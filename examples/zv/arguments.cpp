@@ -92,7 +92,7 @@ int parseHundredths(const std::string& option, const std::string& text, int lowe
   if (valid && rest.starts_with('.')) {
     rest.remove_prefix(1);
     for (int place = 10; place > 0 && !rest.empty() && rest.front() >= '0' && rest.front() <= '9'; place /= 10) {
-      value += (rest.front() - '0') * place;
+      value += int64_t{rest.front() - '0'} * place;
       rest.remove_prefix(1);
     }
   }

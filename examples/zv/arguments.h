@@ -13,7 +13,7 @@ class Arguments {
  public:
   explicit Arguments(std::vector<std::string> words) : words_(std::move(words)) {}
 
-  bool empty() const { return next_ == words_.size(); }
+  [[nodiscard]] bool empty() const { return next_ == words_.size(); }
   /// Takes the next word when it is exactly this one.
   bool skip(const std::string& word);
   /// Takes the word out wherever it stands.
@@ -39,7 +39,7 @@ struct SizeArgument {
   int percent = 0;
 
   /// The size meant for a picture of this size; no side is below 1.
-  SIZE resolve(int currentWidth, int currentHeight) const;
+  [[nodiscard]] SIZE resolve(int currentWidth, int currentHeight) const;
 };
 
 /// A word and what it stands for; several words may stand for the same.

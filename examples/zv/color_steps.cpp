@@ -119,7 +119,7 @@ class ColorSpaceStep : public Step {
 /// The step the option belongs to: the one just before, unless that one has been told this already.
 template <typename Member>
 ColorStep& stepFor(StepList& steps, Member member) {
-  ColorStep* last = steps.last<ColorStep>();
+  auto* last = steps.last<ColorStep>();
   if (last != nullptr && !(last->*member)) return *last;
   return steps.add(std::make_unique<ColorStep>());
 }

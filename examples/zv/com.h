@@ -33,7 +33,7 @@ class ComPtr {
   }
 
   Interface* operator->() const { return pointer_; }
-  Interface* get() const { return pointer_; }
+  [[nodiscard]] Interface* get() const { return pointer_; }
   /// Where a call stores the reference it makes.
   Interface** out() { return &pointer_; }
 

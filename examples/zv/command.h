@@ -16,5 +16,6 @@ struct Command {
 
 extern const Command infoCommand;
 extern const Command convertCommand;
+extern const Command regionCommand;
 
 }  // namespace zv

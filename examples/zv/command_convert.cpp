@@ -6,14 +6,17 @@ namespace zv {
 
 namespace {
 
-const std::span<const StepOption> families[] = {sizeOptions, colorOptions, turnOptions};
+StepFamilies families() {
+  static const std::span<const StepOption> all[] = {sizeOptions, colorOptions, turnOptions};
+  return all;
+}
 
 std::string help() {
-  return stepHelp(families);
+  return stepHelp(families());
 }
 
 void runConvert(Arguments& arguments) {
-  runSteps(arguments, families, "convert");
+  runSteps(arguments, families(), "convert");
 }
 
 }  // namespace

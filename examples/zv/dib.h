@@ -25,10 +25,10 @@ class Dib {
   HGLOBAL release();
 
   BITMAPINFOHEADER* header() { return header_; }
-  int width() const { return header_->biWidth; }
-  int height() const { return header_->biHeight < 0 ? -header_->biHeight : header_->biHeight; }
-  int bitsPerPixel() const { return header_->biBitCount; }
-  size_t rowBytes() const;
+  [[nodiscard]] int width() const { return header_->biWidth; }
+  [[nodiscard]] int height() const { return header_->biHeight < 0 ? -header_->biHeight : header_->biHeight; }
+  [[nodiscard]] int bitsPerPixel() const { return header_->biBitCount; }
+  [[nodiscard]] size_t rowBytes() const;
   std::span<RGBQUAD> palette();
   /// A row of the picture, row 0 at the top.
   unsigned char* row(int index);

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <exception>
 #include <objbase.h>
+#include <span>
 #include <string>
 #include <vector>
 #include <windows.h>
@@ -16,17 +17,20 @@ namespace zv {
 
 namespace {
 
-const Command* const commands[] = {&infoCommand, &convertCommand};
+std::span<const Command* const> commands() {
+  static const Command* const all[] = {&infoCommand, &convertCommand};
+  return all;
+}
 
 const Command& findCommand(const std::string& name) {
-  for (const Command* command : commands)
+  for (const Command* command : commands())
     if (name == command->name) return *command;
   throw UsageError("there is no command '" + name + "' (zv --help lists them)");
 }
 
 void printHelp() {
   std::puts("usage: zv COMMAND ...\n\ncommands:");
-  for (const Command* command : commands) std::printf("  %-10s%s\n", command->name, command->summary);
+  for (const Command* command : commands()) std::printf("  %-10s%s\n", command->name, command->summary);
   std::puts(
       "\n"
       "zv COMMAND --help tells more. Pictures are read from PNG, JPEG, BMP, TIFF and GIF files and written as PNG or\n"

@@ -12,33 +12,40 @@ namespace zv {
 namespace {
 
 // The library's callback carries no user data: what it needs lives here.
-std::string currentLabel;
-int shownPercent = -1;
-bool shown = false;
-bool onTerminal = false;
-std::atomic<bool> stopRequested = false;
+struct State {
+  std::string label;
+  int shownPercent = -1;
+  bool shown = false;
+  bool onTerminal = false;
+  std::atomic<bool> stopRequested = false;
+};
+
+State& state() {
+  static State only;
+  return only;
+}
 
 void show(int percent) {
-  const int step = onTerminal ? percent : percent / 10 * 10;
-  if (step == shownPercent) return;
-  if (onTerminal)
-    std::fprintf(stderr, "\r%s: %d %%", currentLabel.c_str(), step);
-  else if (shownPercent < 0)
-    std::fprintf(stderr, "%s: %d", currentLabel.c_str(), step);
+  const int step = state().onTerminal ? percent : percent / 10 * 10;
+  if (step == state().shownPercent) return;
+  if (state().onTerminal)
+    std::fprintf(stderr, "\r%s: %d %%", state().label.c_str(), step);
+  else if (state().shownPercent < 0)
+    std::fprintf(stderr, "%s: %d", state().label.c_str(), step);
   else
     std::fprintf(stderr, " %d", step);
-  shownPercent = step;
+  state().shownPercent = step;
   std::fflush(stderr);
 }
 
 int ZAVO_CALL report(int percent) {
-  if (shown) show(percent);
-  return stopRequested ? 0 : 1;
+  if (state().shown) show(percent);
+  return state().stopRequested ? 0 : 1;
 }
 
 BOOL WINAPI onConsoleEvent(DWORD event) {
   if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
-  stopRequested = true;
+  state().stopRequested = true;
   return TRUE;
 }
 
@@ -46,22 +53,22 @@ BOOL WINAPI onConsoleEvent(DWORD event) {
 
 void enableProgress(bool always) {
   DWORD mode = 0;
-  onTerminal = GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
-  shown = always || onTerminal;
+  state().onTerminal = GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+  state().shown = always || state().onTerminal;
   SetConsoleCtrlHandler(onConsoleEvent, TRUE);
 }
 
 ProgressLine::ProgressLine(std::string label) {
-  currentLabel = std::move(label);
-  shownPercent = -1;
+  state().label = std::move(label);
+  state().shownPercent = -1;
   Zv_SetStatusCallBack(report);
 }
 
 ProgressLine::~ProgressLine() {
   Zv_SetStatusCallBack(nullptr);
-  if (shownPercent < 0) return;
-  if (onTerminal)
-    std::fprintf(stderr, "\r%*s\r", static_cast<int>(currentLabel.size() + 8), "");
+  if (state().shownPercent < 0) return;
+  if (state().onTerminal)
+    std::fprintf(stderr, "\r%*s\r", static_cast<int>(state().label.size() + 8), "");
   else
     std::fprintf(stderr, " %%\n");
 }

@@ -41,12 +41,12 @@ class StepList {
   }
   /// The step given last, when it is of this kind: options that only refine a step belong to it.
   template <typename Kind>
-  Kind* last() const {
+  [[nodiscard]] Kind* last() const {
     return steps_.empty() ? nullptr : dynamic_cast<Kind*>(steps_.back().get());
   }
   /// The same, for an option that makes sense only right after such a step.
   template <typename Kind>
-  Kind& refined(const std::string& option, const std::string& what) const {
+  [[nodiscard]] Kind& refined(const std::string& option, const std::string& what) const {
     Kind* step = last<Kind>();
     if (step == nullptr) throw UsageError(option + " must follow " + what);
     return *step;
@@ -70,5 +70,6 @@ struct StepOption {
 extern const std::span<const StepOption> sizeOptions;
 extern const std::span<const StepOption> colorOptions;
 extern const std::span<const StepOption> turnOptions;
+extern const std::span<const StepOption> selectOptions;
 
 }  // namespace zv

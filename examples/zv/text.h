@@ -1,6 +1,7 @@
 // Text is UTF-8 inside the program; Windows takes and gives wide strings.
 #pragma once
 
+#include <cstdio>
 #include <string>
 
 namespace zv {
@@ -12,6 +13,6 @@ std::string narrow(const std::wstring& text);
 std::string windowsErrorText(unsigned long code);
 
 /// "a number": printf for std::string.
-[[gnu::format(gnu_printf, 1, 2)]] std::string format(const char* pattern, ...);
+[[gnu::format(__MINGW_PRINTF_FORMAT, 1, 2)]] std::string format(const char* pattern, ...);
 
 }  // namespace zv

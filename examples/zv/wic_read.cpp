@@ -172,7 +172,7 @@ PictureFile readPicture(const std::string& path) try {
   PictureFile file;
   GUID container;
   require(decoder->GetContainerFormat(&container));
-  const auto name = std::ranges::find_if(containerNames, [&](const auto& c) { return c.guid == container; });
+  const auto* const name = std::ranges::find_if(containerNames, [&](const auto& c) { return c.guid == container; });
   file.format = name != std::end(containerNames) ? name->name : "other";
   file.bytes = fileSize(widePath);
 

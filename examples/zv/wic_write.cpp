@@ -28,19 +28,19 @@ void requireWindows(bool success) {
 void writeBmp(const std::wstring& path, Dib& dib) {
   const std::span<const unsigned char> pixels = dib.pixels();
   const auto* start = reinterpret_cast<const unsigned char*>(dib.header());
-  const size_t headerBytes = static_cast<size_t>(pixels.data() - start);
-  const size_t bytes = headerBytes + pixels.size();
+  const auto headerBytes = static_cast<DWORD>(pixels.data() - start);
+  const auto bytes = static_cast<DWORD>(headerBytes + pixels.size());
 
   BITMAPFILEHEADER header{};
   header.bfType = 0x4D42;  // "BM"
-  header.bfOffBits = static_cast<DWORD>(sizeof header + headerBytes);
-  header.bfSize = static_cast<DWORD>(sizeof header + bytes);
+  header.bfOffBits = DWORD{sizeof header} + headerBytes;
+  header.bfSize = DWORD{sizeof header} + bytes;
 
   FileHandle file{CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)};
   requireWindows(file.handle != INVALID_HANDLE_VALUE);
   DWORD written = 0;
   requireWindows(WriteFile(file.handle, &header, sizeof header, &written, nullptr));
-  requireWindows(WriteFile(file.handle, start, static_cast<DWORD>(bytes), &written, nullptr));
+  requireWindows(WriteFile(file.handle, start, bytes, &written, nullptr));
 }
 
 /// Grey palettes that rise evenly over the whole depth need no palette in the file.
