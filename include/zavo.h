@@ -1495,6 +1495,29 @@ ZAVO_API int ZAVO_CALL Zv_RotateBitmap(BitmapHandle* bitmap, int degrees, unsign
  */
 ZAVO_API int ZAVO_CALL Zv_RotateBitmapViewPerspective(BitmapHandle* bitmap, int degrees);
 
+/* ------------------------------------------------------------------------------------------------------------
+ * Fill and clear
+ *
+ * Both keep to the bitmap's region: set one first to fill a part of an image.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Paints every pixel of the bitmap's region, or all pixels without one, with a colour. Up to 8 bits it is the palette
+ * index nearest to the colour as GetNearestPaletteIndex finds it. The alpha of 16- and 32-bit pixels becomes 0.
+ * The status callback is called with 0 before the first row and with 100 after the last; on a temporary file row by
+ * row.
+ * @param bitmap  an allocated bitmap
+ * @param color   colour value; a top byte of 1 marks a palette index, of which as many low bits as a pixel has are
+ *                used
+ * @return KSUCCESS; KERR_BAD_BITMAP for a bitmap that is null or unallocated; KERR_NO_MEMORY, also when a run heap
+ *         cannot grow; KERR_SEEK, KERR_READ, KERR_WRITE from a temporary file; the callback's result. Rows already
+ *         filled stay filled.
+ */
+ZAVO_API int ZAVO_CALL Zv_FillBitmap(BitmapHandle* bitmap, COLORREF color);
+
+/** As Zv_FillBitmap with all bits of the pixels zero: black, or index 0 whatever its colour. */
+ZAVO_API int ZAVO_CALL Zv_ClearBitmap(BitmapHandle* bitmap);
+
 #ifdef __cplusplus
 }
 #endif
