@@ -1008,7 +1008,7 @@ ZAVO_API int ZAVO_CALL Zv_ConvertColorSpace(unsigned char* buffer, unsigned widt
                                             int destinationSpace);
 
 /* ------------------------------------------------------------------------------------------------------------
- * Device-independent bitmaps
+ * Device-independent and device-dependent bitmaps
  *
  * A packed DIB is one block of moveable global memory: header, colour table, rows of a multiple of 4 bytes. The
  * Convert functions leave what they read alone, the Change functions take it over. A DIB is taken in with 1, 4, 8,
@@ -1057,6 +1057,34 @@ ZAVO_API int ZAVO_CALL Zv_ConvertFromDIB(BitmapHandle* bitmap, const BITMAPINFO*
  */
 ZAVO_API int ZAVO_CALL Zv_ChangeFromDIB(BitmapHandle* bitmap, HGLOBAL dib);
 
+/**
+ * Paints a bitmap into a new device-dependent bitmap: upright, with its own colours, dithered where the device shows
+ * fewer. The thread's display mode is set to PAINT_DITHER alone of PAINT_DITHER and PAINT_INDEX_COLORS meanwhile.
+ * @param dc      the device context that the result is compatible with; null for the screen's
+ * @param bitmap  an allocated bitmap; run-length and rotated bitmaps are read as they are
+ * @return the device-dependent bitmap, the caller's to delete; null for a bitmap that is null or unallocated, or when
+ *         memory or a GDI object cannot be had
+ */
+ZAVO_API HBITMAP ZAVO_CALL Zv_ConvertToDDB(HDC dc, BitmapHandle* bitmap);
+
+/** As Zv_ConvertToDDB, and frees the bitmap on success. */
+ZAVO_API HBITMAP ZAVO_CALL Zv_ChangeToDDB(HDC dc, BitmapHandle* bitmap);
+
+/**
+ * Makes a bitmap, VIEW_BOTTOM_UP, of a device-dependent bitmap: 1 bit a pixel stays 1, 2 to 4 become 4, 5 to 8 become
+ * 8, more become 24. The resolution is the screen's.
+ * @param dc       a device context, for the palette and the pixels
+ * @param bitmap   receives the bitmap; what it held is not looked at
+ * @param source   the device-dependent bitmap, not selected into a device context; untouched
+ * @param palette  selected and realised into dc meanwhile; null for none
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null bitmap or a source that cannot be read; KERR_NO_MEMORY; KERR_WRITE
+ *         from a temporary file. The record is untouched on failure.
+ */
+ZAVO_API int ZAVO_CALL Zv_ConvertFromDDB(HDC dc, BitmapHandle* bitmap, HBITMAP source, HPALETTE palette);
+
+/** As Zv_ConvertFromDDB, and on success deletes the source and the palette, if given, with DeleteObject. */
+ZAVO_API int ZAVO_CALL Zv_ChangeFromDDB(HDC dc, BitmapHandle* bitmap, HBITMAP source, HPALETTE palette);
+
 /* ------------------------------------------------------------------------------------------------------------
  * Pixel colour
  * --------------------------------------------------------------------------------------------------------- */
@@ -1081,6 +1109,203 @@ ZAVO_API COLORREF ZAVO_CALL Zv_GetPixelColor(BitmapHandle* bitmap, int row, int 
  *         outside the bitmap when it has none
  */
 ZAVO_API int ZAVO_CALL Zv_PutPixelColor(BitmapHandle* bitmap, int row, int column, COLORREF color);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Painting
+ *
+ * Pictures are painted with the thread's display mode and with its brightness ("intensity"), contrast and gamma.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/** Display-mode flags. */
+enum {
+  PAINT_ORDERED_DITHER = 0x001, /**< Dithering by an ordered matrix; clear: by error diffusion. */
+  PAINT_INDEX_COLORS = 0x004,   /**< Palette images refer to the palette selected into the device context. */
+  PAINT_DITHER = 0x008,         /**< What the device cannot show is dithered here; clear: the device is left to it. */
+  PAINT_GRAY_1BIT = 0x010,      /**< 1-bit grey-palette images become grey levels by area coverage. */
+  PAINT_CLUSTERED_DOT = 0x020,  /**< Ordered 1-bit output uses clustered dots. */
+  PAINT_GRAY_1BIT_ALT = 0x040,  /**< As PAINT_GRAY_1BIT, when that is clear, and only for stretched pictures. */
+  PAINT_FIXED_PALETTE = 0x080,  /**< On palette devices, pictures are brought onto the fixed palettes. */
+  PAINT_CUBE_PALETTE = 0x100    /**< 256 colours means the 6 x 6 x 6 cube instead of the 3-3-2 palette. */
+};
+
+/**
+ * Paints a bitmap onto a device context, scaled to the destination. A source rectangle counts on the picture as seen
+ * for the upright and the bottom-up perspective, in stored coordinates for the rotated ones.
+ * @param dc               the device context
+ * @param bitmap           the bitmap
+ * @param source           the part to paint, null for all
+ * @param sourceClip       limits the source, null for no limit
+ * @param destination      where the source goes; its height is taken without its sign
+ * @param destinationClip  limits the destination, null for no limit
+ * @param rop              raster operation, for example SRCCOPY
+ * @return KSUCCESS, also when nothing is left to paint or the device refuses; KERR_BAD_BITMAP for null or unallocated;
+ *         KERR_BAD_PARAMETER for a null device context or destination; KERR_NO_MEMORY; a row's code
+ */
+ZAVO_API int ZAVO_CALL Zv_PaintDC(HDC dc, BitmapHandle* bitmap, const RECT* source, const RECT* sourceClip,
+                                  const RECT* destination, const RECT* destinationClip, DWORD rop);
+
+/**
+ * Paints rows that the caller holds; the bitmap's own storage is not read and need not exist.
+ * @param bitmap    gives the rows' size, depth, palette and perspective
+ * @param rows      the rows, BytesPerLine bytes each; untouched
+ * @param firstRow  stored row that the first of them stands for
+ * @param rowCount  their number; negative: that many run records of a 1-bit image
+ * @return as Zv_PaintDC; KERR_BAD_BITMAP for a null bitmap or null rows
+ */
+ZAVO_API int ZAVO_CALL Zv_PaintDCBuffer(HDC dc, BitmapHandle* bitmap, const RECT* source, const RECT* sourceClip,
+                                        const RECT* destination, const RECT* destinationClip, DWORD rop,
+                                        const unsigned char* rows, int firstRow, int rowCount);
+
+/** Sets the brightness, -1000 to 1000, 0 at first. @return KSUCCESS; KERR_BAD_PARAMETER outside */
+ZAVO_API int ZAVO_CALL Zv_SetPaintIntensity(int value);
+/** Sets the contrast, -1000 to 1000, 0 at first. @return KSUCCESS; KERR_BAD_PARAMETER outside */
+ZAVO_API int ZAVO_CALL Zv_SetPaintContrast(int value);
+/** Sets 100 times the gamma, 100 at first. @return KSUCCESS; KERR_BAD_PARAMETER for 0 */
+ZAVO_API int ZAVO_CALL Zv_SetPaintGamma(int value);
+/** @return the thread's brightness */
+ZAVO_API int ZAVO_CALL Zv_GetPaintIntensity(void);
+/** @return the thread's contrast */
+ZAVO_API int ZAVO_CALL Zv_GetPaintContrast(void);
+/** @return 100 times the thread's gamma */
+ZAVO_API int ZAVO_CALL Zv_GetPaintGamma(void);
+
+/**
+ * Tells how a bitmap would be painted.
+ * @param deviceBits  receives the device's depth brought down to 1, 4, 8 or 24; may be null
+ * @param paintMode   receives 0 as stored, 1 widened, 2 dithered, 3 to 6 grey levels of a 1-bit image; may be null
+ */
+ZAVO_API void ZAVO_CALL Zv_GetDitherFlags(HDC dc, BitmapHandle* bitmap, int* deviceBits, int* paintMode);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Paint palette, display mode, device contexts over a bitmap
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Sets display-mode flags of this thread (12 at first: PAINT_INDEX_COLORS and PAINT_DITHER).
+ * @param mask    the flags to set
+ * @param values  their values, in the same bits
+ * @return the previous flags
+ */
+ZAVO_API unsigned ZAVO_CALL Zv_SetDisplayMode(unsigned mask, unsigned values);
+/** @return the thread's display-mode flags */
+ZAVO_API unsigned ZAVO_CALL Zv_GetDisplayMode(void);
+
+/**
+ * Makes the palette to select and realise before a bitmap is painted.
+ * @return a palette that the caller deletes, or null when none is needed or it cannot be made
+ */
+ZAVO_API HPALETTE ZAVO_CALL Zv_CreatePaintPalette(HDC dc, BitmapHandle* bitmap);
+
+/**
+ * Makes a memory device context that draws into the bitmap's own pixels, clipped to its region. Run-length rows are
+ * unpacked and rotated perspectives changed to bottom-up first; that stays done when a later step fails.
+ * @param bitmap  of 1, 4, 8, 16, 24 or 32 bits; it must not be freed before the device context
+ * @return the device context, to be released with Zv_DeleteZavoDC, or null
+ */
+ZAVO_API HDC ZAVO_CALL Zv_CreateZavoDC(BitmapHandle* bitmap);
+/** Releases such a device context; the pixels stay. @return what DeleteDC returned */
+ZAVO_API int ZAVO_CALL Zv_DeleteZavoDC(HDC dc);
+
+/**
+ * Paints through the bitmap's region, scaled to the destination; otherwise as Zv_PaintDC.
+ * @return as Zv_PaintDC, or the code of Zv_IntGetBitmapRgnHandle before anything is drawn
+ */
+ZAVO_API int ZAVO_CALL Zv_PaintRgnDC(HDC dc, BitmapHandle* bitmap, const RECT* source, const RECT* sourceClip,
+                                     const RECT* destination, const RECT* destinationClip, DWORD rop);
+/** Paints held rows through the bitmap's region; otherwise as Zv_PaintDCBuffer and Zv_PaintRgnDC. */
+ZAVO_API int ZAVO_CALL Zv_PaintRgnDCBuffer(HDC dc, BitmapHandle* bitmap, const RECT* source, const RECT* sourceClip,
+                                           const RECT* destination, const RECT* destinationClip, DWORD rop,
+                                           const unsigned char* rows, int firstRow, int rowCount);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Clipboard and capture
+ *
+ * Besides pictures and palettes the clipboard carries the region, as a 1-bit mask in a registered format of its own.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/** What Zv_CopyToClipboardExt does. */
+enum {
+  CLIP_EMPTY = 0x01,   /**< Empty the clipboard first. */
+  CLIP_DIB = 0x02,     /**< Place the picture as CF_DIB. */
+  CLIP_DDB = 0x04,     /**< Place the picture as CF_BITMAP of the window's device. */
+  CLIP_PALETTE = 0x08, /**< Place CF_PALETTE, when the device needs a palette to show the picture. */
+  CLIP_REGION = 0x10   /**< Place the region, when the bitmap has one. */
+};
+
+/**
+ * Places a bitmap on the clipboard, in the formats asked for. All is made before the clipboard is opened.
+ * @param window  the window that will own the clipboard; null for none
+ * @param bitmap  an allocated bitmap
+ * @param flags   CLIP_ flags; without any of them the clipboard is opened and closed
+ * @return KSUCCESS; KERR_BAD_BITMAP for a bitmap that is null or unallocated; KERR_BAD_PARAMETER when the window has
+ *         no device context or the clipboard cannot be opened; KERR_NO_MEMORY when a format cannot be made; the code
+ *         of Zv_CreateMaskFromBitmapRgn. Nothing is placed or emptied on failure.
+ */
+ZAVO_API int ZAVO_CALL Zv_CopyToClipboardExt(HWND window, BitmapHandle* bitmap, unsigned flags);
+
+/** As Zv_CopyToClipboardExt with all flags. @return 1 on success, else 0 */
+ZAVO_API int ZAVO_CALL Zv_CopyToClipboard(HWND window, BitmapHandle* bitmap);
+
+/**
+ * Makes a bitmap of the picture on the clipboard, with the region when there is one. CF_DIB is preferred to CF_BITMAP,
+ * which is read with CF_PALETTE or else the system palette. A region that cannot be read is left out.
+ * @param window  the window that opens the clipboard; null for none
+ * @param bitmap  receives the bitmap; what it held is not looked at
+ * @return 1 on success; 0 for a null bitmap, when the clipboard cannot be opened or has no picture, or when it cannot
+ *         be converted. The record is untouched on failure.
+ */
+ZAVO_API int ZAVO_CALL Zv_CopyFromClipboard(HWND window, BitmapHandle* bitmap);
+
+/** @return nonzero when the clipboard holds a picture, CF_DIB or CF_BITMAP; a region alone is none */
+ZAVO_API int ZAVO_CALL Zv_ClipboardReady(void);
+
+/**
+ * Captures a rectangle of a device context into a bitmap, as by Zv_ConvertFromDDB.
+ * @param dc      the device context, for example GetDC(NULL)
+ * @param bitmap  receives the bitmap; what it held is not looked at
+ * @param rect    the rectangle; right must be greater than left. With bottom above top, as many rows are still taken
+ *                from top downwards.
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null bitmap or rectangle, an empty rectangle, or a device context that
+ *         none can be made compatible with; KERR_NO_MEMORY; the code of Zv_ConvertFromDDB. The record is untouched on
+ *         failure.
+ */
+ZAVO_API int ZAVO_CALL Zv_ScreenCaptureBitmap(HDC dc, BitmapHandle* bitmap, const RECT* rect);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Printing
+ *
+ * A page of a job is begun, one or more pictures are printed on it, and the job is ended.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/**
+ * Prints a bitmap, as Zv_PaintDC paints it. On a printer that shows black and white only it is dithered by clustered
+ * dots, elsewhere it is left to the device. With a status callback it is printed one printer row at a time; a result
+ * other than KSUCCESS stops: a job that the library opened is aborted, a caller's is ended only when endJob says so.
+ * @param dc      the printer's device context with a page begun; null opens the default printer and begins a job
+ *                named "ZAVO GRAPHIC" with one page
+ * @param bitmap  an allocated bitmap; null or unallocated: only the job is begun or ended
+ * @param x, y    the upper left corner in printer pixels; 0 centres the picture on the page
+ * @param width, height  the size in printer pixels; when one is 0 it follows from the other and the picture's sides,
+ *                when both are 0 the picture is fitted into the page
+ * @param endJob  nonzero ends the page and the job and deletes the device context, also a caller's
+ * @return the device context, which is no longer valid when the job was ended; null when there is no printer, the job
+ *         cannot be begun or ended, or printing was stopped. Failures of painting are not reported.
+ */
+ZAVO_API HDC ZAVO_CALL Zv_PrintBitmapExt(HDC dc, BitmapHandle* bitmap, int x, int y, int width, int height, int endJob);
+
+/**
+ * As Zv_PrintBitmapExt on a job that the thread's record keeps: while endJob is 0, further calls print on the same
+ * page of the same job.
+ */
+ZAVO_API HDC ZAVO_CALL Zv_PrintBitmap(BitmapHandle* bitmap, int x, int y, int width, int height, int endJob);
+
+/**
+ * As Zv_PrintBitmapExt, but the whole picture is handed to the printer's driver in one call, which scales it; no
+ * fitting, no centring, no reports of progress. What a driver cannot take (temporary files, run-length rows, rotated
+ * perspectives, red-first order, depths other than 1, 4, 8 and 24) is printed by Zv_PrintBitmapExt.
+ */
+ZAVO_API HDC ZAVO_CALL Zv_PrintBitmapFast(HDC dc, BitmapHandle* bitmap, int x, int y, int width, int height,
+                                          int endJob);
 
 /* ------------------------------------------------------------------------------------------------------------
  * Regions
@@ -1254,7 +1479,7 @@ ZAVO_API int ZAVO_CALL Zv_IntGetBitmapRgnHandle(BitmapHandle* bitmap, const Regi
 ZAVO_API int ZAVO_CALL Zv_GetBitmapRgnHandle(BitmapHandle* bitmap, const RegionXForm* xform, HRGN* region);
 
 /* ------------------------------------------------------------------------------------------------------------
- * Region queries and framing
+ * Region queries, framing and masks
  *
  * They read the region and change nothing of it that a caller can see.
  * --------------------------------------------------------------------------------------------------------- */
@@ -1307,6 +1532,17 @@ ZAVO_API int ZAVO_CALL Zv_GetBitmapClipSegments(const BitmapHandle* bitmap, int 
  *         pass 2^27
  */
 ZAVO_API int ZAVO_CALL Zv_FrameBitmapRgn(HDC dc, BitmapHandle* bitmap, const RegionXForm* xform, unsigned frameType);
+
+/**
+ * Makes a mask of the region: a 1-bit bitmap of the same size and view perspective in memory, with the fixed palette,
+ * index 1 (white) inside the region and 0 outside; all 1 for a bitmap without a region.
+ * @param bitmap  the bitmap; it need not have pixels
+ * @param mask    receives the mask; what it held is not looked at
+ * @return KSUCCESS; KERR_BAD_PARAMETER for null; otherwise the code of Zv_CreateBitmap or of Zv_FillBitmap, which the
+ *         status callback can stop. The record is untouched on failure.
+ */
+ZAVO_API int ZAVO_CALL Zv_CreateMaskFromBitmapRgn(const BitmapHandle* bitmap, BitmapHandle* mask);
+
 /* ------------------------------------------------------------------------------------------------------------
  * Resizing
  *
@@ -1403,17 +1639,6 @@ ZAVO_API int ZAVO_CALL Zv_Resize(unsigned char* buffer, int row, int bitsPerPixe
 
 /** Ends scaling and frees the state; null is ignored. @return KSUCCESS */
 ZAVO_API int ZAVO_CALL Zv_StopResize(ResizeState* state);
-
-/* ------------------------------------------------------------------------------------------------------------
- * Animation playback
- * --------------------------------------------------------------------------------------------------------- */
-
-/**
- * Copies the parameters of an animation frame: the two BMF_PLAYBACK_ flags, position, delay and disposal as they are,
- * the two colours through Zv_TranslateBitmapColor.
- * @return KSUCCESS; KERR_BAD_PARAMETER when either is null
- */
-ZAVO_API int ZAVO_CALL Zv_CopyPlaybackParms(BitmapHandle* destination, BitmapHandle* source);
 
 /* ------------------------------------------------------------------------------------------------------------
  * Shear, flip and mirror
@@ -1517,6 +1742,226 @@ ZAVO_API int ZAVO_CALL Zv_FillBitmap(BitmapHandle* bitmap, COLORREF color);
 
 /** As Zv_FillBitmap with all bits of the pixels zero: black, or index 0 whatever its colour. */
 ZAVO_API int ZAVO_CALL Zv_ClearBitmap(BitmapHandle* bitmap);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Grayscale and halftone
+ *
+ * Both replace the image by one of another depth with the same size, perspective, resolution, playback parameters
+ * and region. Brightness is (2 * red + 5 * green + blue + 4) / 8. On failure the bitmap is unchanged.
+ * --------------------------------------------------------------------------------------------------------- */
+
+/** Screens of the halftones. */
+enum {
+  HALFTONE_CLUSTERED = 0, /**< Dots that grow from centres, as in print. */
+  HALFTONE_DISPERSED = 1  /**< Dots spread as far apart as can be. */
+};
+
+/**
+ * Turns a bitmap of any depth into an 8-bit image with a palette of 256 greys.
+ * @return KSUCCESS; KERR_BAD_BITMAP for null or unallocated, or a palette image whose palette is missing or short;
+ *         KERR_NO_MEMORY; a row's code; what the status callback returned
+ */
+ZAVO_API int ZAVO_CALL Zv_GrayScaleBitmap(BitmapHandle* bitmap);
+
+/**
+ * Turns a bitmap of any depth into a black-and-white image: a pixel is white when its brightness is above the cell of
+ * an 8 x 8 screen laid over the stored image.
+ * @param bitmap  the bitmap
+ * @param type    a HALFTONE_ value
+ * @return as Zv_GrayScaleBitmap; KERR_BAD_PARAMETER for another type
+ */
+ZAVO_API int ZAVO_CALL Zv_HalfToneBitmap(BitmapHandle* bitmap, int type);
+
+/**
+ * As Zv_HalfToneBitmap, with the screen turned.
+ * @param angle  hundredths of a degree, any value; the screen turns the opposite way
+ */
+ZAVO_API int ZAVO_CALL Zv_HalfToneBitmapExt(BitmapHandle* bitmap, int type, int angle);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Combining, underlay, alpha
+ * --------------------------------------------------------------------------------------------------------- */
+
+/** Pieces of the operation code of Zv_CombineBitmap, one of each group, added up. */
+enum {
+  COMBINE_SOURCE_INVERTED = 0x0001,      /**< The source operand is inverted. */
+  COMBINE_SOURCE_ZEROS = 0x0002,         /**< The source operand is all zeros. */
+  COMBINE_SOURCE_ONES = 0x0003,          /**< The source operand is all ones. */
+  COMBINE_AND = 0x0000,                  /**< Bits of both. */
+  COMBINE_OR = 0x0010,                   /**< Bits of either. */
+  COMBINE_XOR = 0x0020,                  /**< Bits of one of them. */
+  COMBINE_COPY = 0x0030,                 /**< The source alone. */
+  COMBINE_ADD = 0x0040,                  /**< The sum, at most 255. */
+  COMBINE_SOURCE_MINUS = 0x0050,         /**< Source minus destination, at least 0. */
+  COMBINE_DESTINATION_MINUS = 0x0060,    /**< Destination minus source, at least 0. */
+  COMBINE_DIFFERENCE = 0x0070,           /**< The absolute difference. */
+  COMBINE_MULTIPLY = 0x0080,             /**< The product, divided by 255. */
+  COMBINE_AVERAGE = 0x0090,              /**< Half the sum. */
+  COMBINE_MINIMUM = 0x00A0,              /**< The smaller. */
+  COMBINE_MAXIMUM = 0x00B0,              /**< The larger. */
+  COMBINE_DESTINATION_INVERTED = 0x0100, /**< The destination operand is inverted. */
+  COMBINE_DESTINATION_ZEROS = 0x0200,    /**< The destination operand is all zeros. */
+  COMBINE_DESTINATION_ONES = 0x0300,     /**< The destination operand is all ones. */
+  COMBINE_INVERT = 0x1000                /**< The result is inverted. */
+};
+
+/**
+ * Combines a rectangle of one bitmap with another, in stored coordinates, clipped to both bitmaps and limited to the
+ * destination's region and to the source's region, moved along. A source stored another way round is taken in the
+ * destination's perspective, one of another depth, order or palette is converted. Up to 8 bits the bit operators work
+ * on indexes; the operators on levels (COMBINE_ADD to COMBINE_MAXIMUM) need an 8-bit grey destination or 16 bits and
+ * up, and leave the alpha alone.
+ * @param destination            the bitmap that is changed
+ * @param left, top              where the rectangle goes, any value
+ * @param width, height          its size in pixels, at least 0
+ * @param source                 the other bitmap; may be the destination
+ * @param sourceLeft, sourceTop  where the rectangle is taken from, any value
+ * @param operation              one COMBINE_ value of each group, added up
+ * @return KSUCCESS, also when nothing is left after clipping; KERR_BAD_BITMAP for a bitmap null or unallocated;
+ *         KERR_BAD_PARAMETER for another operation or a negative size; KERR_BAD_BPP for an operator on levels at a
+ * depth without them; KERR_NO_MEMORY; a row's code, the rows before it then done
+ */
+ZAVO_API int ZAVO_CALL Zv_CombineBitmap(BitmapHandle* destination, int left, int top, int width, int height,
+                                        BitmapHandle* source, int sourceLeft, int sourceTop, unsigned operation);
+
+/** Flags of Zv_UnderlayBitmap. */
+enum {
+  UNDERLAY_TILE = 0,   /**< The underlay is repeated from the corner seen top left. */
+  UNDERLAY_STRETCH = 1 /**< It is stretched to the bitmap's size. */
+};
+
+/**
+ * Shows another picture where a bitmap is not: outside its region, and through its alpha (32 bits: by the fourth
+ * byte; 16 bits: where bit 15 is clear). The alpha itself stays.
+ * @param bitmap    the bitmap that is changed
+ * @param underlay  the other picture, of any depth; untouched
+ * @param flags     an UNDERLAY_ value
+ * @return KSUCCESS; KERR_BAD_BITMAP for a bitmap null or unallocated; KERR_BAD_PARAMETER for other flags;
+ *         KERR_NO_MEMORY; a row's code; stretching: what the status callback returned
+ */
+ZAVO_API int ZAVO_CALL Zv_UnderlayBitmap(BitmapHandle* bitmap, BitmapHandle* underlay, unsigned flags);
+
+/**
+ * Makes an 8-bit grey bitmap of the alpha: of 16-bit pixels 0 or 255.
+ * @param bitmap  of 16 or 32 bits
+ * @param alpha   receives the new bitmap; what the record held is overwritten
+ * @return KSUCCESS; KERR_BAD_BITMAP for a bitmap null or unallocated; KERR_BAD_PARAMETER for an alpha that is null or
+ * the bitmap; KERR_BAD_BPP for other depths; KERR_NO_MEMORY; a row's code. On failure `alpha` is untouched.
+ */
+ZAVO_API int ZAVO_CALL Zv_GetBitmapAlpha(BitmapHandle* bitmap, BitmapHandle* alpha);
+
+/**
+ * Writes a picture's brightness as the alpha of a bitmap: of 16-bit pixels the bit is set above 127.
+ * @param bitmap  of 16 or 32 bits
+ * @param alpha   a bitmap of any depth, seen in the same size
+ * @return KSUCCESS; KERR_BAD_BITMAP for a bitmap null or unallocated; KERR_BAD_BPP for other depths of `bitmap`;
+ *         KERR_BAD_PARAMETER for another size; KERR_NO_MEMORY; a row's code
+ */
+ZAVO_API int ZAVO_CALL Zv_SetBitmapAlpha(BitmapHandle* bitmap, BitmapHandle* alpha);
+
+/* ------------------------------------------------------------------------------------------------------------
+ * Animation playback
+ * --------------------------------------------------------------------------------------------------------- */
+
+/** The handle of a playback. */
+typedef HGLOBAL PlaybackHandle;
+
+/** States of a playback: what the next call of Zv_ProcessPlayback does. */
+enum {
+  PB_PRECLEAR = 0,       /**< Fills the target with its PlaybackBackground. */
+  PB_POSTCLEAR = 1,      /**< Goes to the first frame. */
+  PB_RENDER = 2,         /**< Draws the current frame. */
+  PB_WAITLINES = 3,      /**< Waits for rows of the last frame, then draws it. */
+  PB_POSTRENDER = 4,     /**< Begins the frame's wait. */
+  PB_WAITINPUT = 5,      /**< Waits for Zv_CancelPlaybackWait. */
+  PB_WAITDELAY = 6,      /**< Waits for the frame's delay to pass. */
+  PB_WAITINPUTDELAY = 7, /**< Waits for the delay or for Zv_CancelPlaybackWait. */
+  PB_DISPOSE = 8,        /**< Does what the frame's PlaybackDisposal says. */
+  PB_NEXT = 9,           /**< Goes to the next frame. */
+  PB_END = 10            /**< All frames were played; begins again with the first, without clearing. */
+};
+
+/**
+ * Begins the playback of an animation onto a target: no frame is current, the state is PB_PRECLEAR.
+ * @param playback  receives the handle; null when the call fails
+ * @param target    an allocated bitmap, which must outlive the playback; its PlaybackBackground is what it is cleared
+ * to
+ * @param frames    a bitmap list, or null for an empty one made here; the playback holds it until it is destroyed
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a null `playback` or an unallocated target; KERR_NO_MEMORY
+ */
+ZAVO_API int ZAVO_CALL Zv_CreatePlayback(PlaybackHandle* playback, BitmapHandle* target, BitmapListHandle frames);
+
+/**
+ * Ends a playback.
+ * @param frames  receives the frame list, which is the caller's from now on; null leaves it to who holds it already
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle
+ */
+ZAVO_API int ZAVO_CALL Zv_DestroyPlayback(PlaybackHandle playback, BitmapListHandle* frames);
+
+/**
+ * Takes at most one step: draws, waits or disposes, as the state says. Call it again and again, repainting the update
+ * rectangle in between. A frame that cannot be drawn is passed over.
+ * @param state  receives the new PB_ state, may be null
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle
+ */
+ZAVO_API int ZAVO_CALL Zv_ProcessPlayback(PlaybackHandle playback, unsigned* state);
+
+/** Tells the state. @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle or a null argument */
+ZAVO_API int ZAVO_CALL Zv_GetPlaybackState(PlaybackHandle playback, unsigned* state);
+
+/** Tells the current frame, -1 before the first. @return KSUCCESS; KERR_BAD_PARAMETER as above */
+ZAVO_API int ZAVO_CALL Zv_GetPlaybackIndex(PlaybackHandle playback, int* index);
+
+/**
+ * Tells the milliseconds still to wait in PB_WAITDELAY and PB_WAITINPUTDELAY; 0 in every other state.
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle or a null argument
+ */
+ZAVO_API int ZAVO_CALL Zv_GetPlaybackDelay(PlaybackHandle playback, unsigned* milliseconds);
+
+/** Ends a wait, for the user or for time. @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle */
+ZAVO_API int ZAVO_CALL Zv_CancelPlaybackWait(PlaybackHandle playback);
+
+/**
+ * Tells the part of the target that has changed since the update rectangle was emptied, in stored coordinates.
+ * @param rect   receives it, may be null
+ * @param clear  not 0: the rectangle is emptied
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle
+ */
+ZAVO_API int ZAVO_CALL Zv_GetPlaybackUpdateRect(PlaybackHandle playback, RECT* rect, int clear);
+
+/** Empties the update rectangle. @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle */
+ZAVO_API int ZAVO_CALL Zv_ClearPlaybackUpdateRect(PlaybackHandle playback);
+
+/**
+ * Goes to a frame: every frame up to it is drawn and disposed without waiting, from a cleared target when the frame
+ * has gone by already.
+ * @param index  -1 to the number of frames
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle or index
+ */
+ZAVO_API int ZAVO_CALL Zv_SetPlaybackIndex(PlaybackHandle playback, int index);
+
+/**
+ * Appends a frame that may still be loading: it is not drawn before all of its rows are reported by
+ * Zv_ValidatePlaybackLines. A playback at its end goes on with it.
+ * @param frame  the bitmap, which the list takes over
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle or a null frame; KERR_NO_MEMORY, the list then unchanged
+ */
+ZAVO_API int ZAVO_CALL Zv_AppendPlayback(PlaybackHandle playback, BitmapHandle* frame);
+
+/**
+ * Reports rows of the last appended frame as loaded. Rows outside the frame are ignored, a row counts once.
+ * @param firstRow  stored row
+ * @param rowCount  rows from there on
+ * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle
+ */
+ZAVO_API int ZAVO_CALL Zv_ValidatePlaybackLines(PlaybackHandle playback, int firstRow, int rowCount);
+
+/**
+ * Copies the parameters of an animation frame: the two BMF_PLAYBACK_ flags, position, delay and disposal as they are,
+ * the two colours through Zv_TranslateBitmapColor.
+ * @return KSUCCESS; KERR_BAD_PARAMETER when either is null
+ */
+ZAVO_API int ZAVO_CALL Zv_CopyPlaybackParms(BitmapHandle* destination, BitmapHandle* source);
 
 #ifdef __cplusplus
 }

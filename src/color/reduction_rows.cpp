@@ -72,10 +72,10 @@ int ReductionRows::planMatch(const BitmapHandle& source, const ReductionTarget& 
   pixels_ = OsBlock<uint8_t>::allocate(uint64_t{width_} * 4);
   if (!pixels_) return KERR_NO_MEMORY;
   if (const int status = planConversion(source, 32, ORDER_BLUE_FIRST); status != KSUCCESS) return status;
-  const uint32_t* table = target.inverseMap ? target.inverseMap.get() : currentSettings().userMatchTable;
-  matcher_.prepare(target.palette, target.colorCount, table);
-  run_ = table != nullptr ? &ReductionRows::matchRow<true> : &ReductionRows::matchRow<false>;
-  return KSUCCESS;
+  matchTable_ = target.inverseMap ? target.inverseMap.get() : currentSettings().userMatchTable;
+  colorCount_ = target.colorCount;
+  run_ = matchTable_ != nullptr ? &ReductionRows::matchRow<true> : &ReductionRows::matchRow<false>;
+  return cells_.open(target.palette, target.colorCount);
 }
 
 // A grey target takes brightness: colours are dithered as the grey they count for.
@@ -129,13 +129,15 @@ void ReductionRows::packMapped(uint8_t* destination) {
   pack_(destination, indexes_.get(), 0, width_);
 }
 
+// A missing entry of the table, or one made for a larger palette, is searched for.
 template <bool byTable>
 void ReductionRows::matchRow(uint8_t* destination, const uint8_t* source) {
   converter_.convert(pixels_.get(), source, width_);
   const uint8_t* pixel = pixels_.get();
   for (unsigned x = 0; x < width_; ++x, pixel += 4) {
-    indexes_[x] =
-        byTable ? matcher_.lookUp(pixel[2], pixel[1], pixel[0]) : matcher_.search(pixel[2], pixel[1], pixel[0]);
+    const unsigned blue = pixel[0], green = pixel[1], red = pixel[2];
+    const uint32_t entry = byTable ? matchTable_[colorKey(red, green, blue)] - 1 : colorCount_;
+    indexes_[x] = entry < colorCount_ ? static_cast<uint8_t>(entry) : cells_.search(red, green, blue);
   }
   pack_(destination, indexes_.get(), 0, width_);
 }

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "color/color_matcher.h"
+#include "color/color_cells.h"
 #include "color/conversion.h"
 #include "color/dither.h"
 #include "color/reduction_target.h"
@@ -49,7 +49,9 @@ class ReductionRows {
   int sourceBits_ = 0;
   int targetBits_ = 0;
   RowConverter converter_;  // to the target, or to what the next stage works on
-  ColorMatcher matcher_;
+  ColorCells cells_;
+  const uint32_t* matchTable_ = nullptr;  // index + 1 by colour key, before the cells
+  unsigned colorCount_ = 0;               // of the target
   UnpackFunction unpack_ = nullptr;
   PackFunction pack_ = nullptr;
   OwnedDitherRun dither_;

@@ -3,26 +3,11 @@
 
 #include "core/duplicate.h"
 #include "core/perspective.h"
-#include "core/settings.h"
+#include "core/progress.h"
 #include "core/status.h"
 
 namespace zavo {
 namespace {
-
-// Takes the thread's status callback away while this lives.
-class SilentProgress {
- public:
-  SilentProgress() : settings_(currentSettings()), callback_(settings_.statusCallback) {
-    settings_.statusCallback = nullptr;
-  }
-  SilentProgress(const SilentProgress&) = delete;
-  SilentProgress& operator=(const SilentProgress&) = delete;
-  ~SilentProgress() { settings_.statusCallback = callback_; }
-
- private:
-  ThreadSettings& settings_;
-  StatusCallback callback_;
-};
 
 // What brings the stored image of one perspective into another: first the flip, then the turn.
 struct Restoring {

@@ -51,14 +51,15 @@ int copyRunRows(BitmapHandle& destination, const BitmapHandle& source, unsigned 
   return KSUCCESS;
 }
 
-// Rows that cannot be read or written are passed over, as callers expect of this copy.
+// Failures of a file are passed over, as callers expect of this copy; want of memory is not.
 int copyPackedRows(BitmapHandle& destination, BitmapHandle& source, unsigned rows) {
   const unsigned bytes = std::min(destination.BytesPerLine, source.BytesPerLine);
   RowReader reader(source);
   if (const int status = reader.open(); status != KSUCCESS) return status;
   for (unsigned row = 0; row < rows; ++row) {
     const uint8_t* pixels = reader.row(row);
-    if (pixels != nullptr) writeRow(destination, pixels, row, 0, bytes);
+    const int result = pixels != nullptr ? writeRow(destination, pixels, row, 0, bytes) : reader.status();
+    if (result == KERR_NO_MEMORY) return result;
   }
   return KSUCCESS;
 }

@@ -132,6 +132,25 @@ class [[nodiscard]] Selection {
   HGDIOBJ displaced_;
 };
 
+// A palette selected and realised, with the old one put back at the end; a null palette changes nothing.
+class [[nodiscard]] PaletteSelection {
+ public:
+  PaletteSelection(HDC dc, HPALETTE palette) : dc_(dc) {
+    if (palette == nullptr) return;
+    previous_ = SelectPalette(dc, palette, FALSE);
+    RealizePalette(dc);
+  }
+  PaletteSelection(const PaletteSelection&) = delete;
+  PaletteSelection& operator=(const PaletteSelection&) = delete;
+  ~PaletteSelection() {
+    if (previous_ != nullptr) SelectPalette(dc_, previous_, FALSE);
+  }
+
+ private:
+  HDC dc_;
+  HPALETTE previous_ = nullptr;
+};
+
 // A device context's state, restored at the end.
 class [[nodiscard]] SavedDC {
  public:

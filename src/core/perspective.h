@@ -36,6 +36,11 @@ struct Passage {
 };
 [[nodiscard]] Passage passage(int from, int to);
 
+// The two codes store a picture the same way round.
+[[nodiscard]] constexpr bool sameFrame(int a, int b) {
+  return a == b || (isUpright(a) && isUpright(b));
+}
+
 // The bitmap's size as it lies in the frame of `perspective`.
 [[nodiscard]] ImageSize sizeInFrame(const BitmapHandle& bitmap, int perspective);
 

@@ -51,4 +51,19 @@ class Progress {
   int remainder_ = 0;
 };
 
+// Takes the thread's status callback away while this lives.
+class SilentProgress {
+ public:
+  SilentProgress() : settings_(currentSettings()), callback_(settings_.statusCallback) {
+    settings_.statusCallback = nullptr;
+  }
+  SilentProgress(const SilentProgress&) = delete;
+  SilentProgress& operator=(const SilentProgress&) = delete;
+  ~SilentProgress() { settings_.statusCallback = callback_; }
+
+ private:
+  ThreadSettings& settings_;
+  StatusCallback callback_;
+};
+
 }  // namespace zavo

@@ -16,8 +16,7 @@ void writeDefaults(ThreadSettings& settings) {
   settings.defaultYResolution = 150;
   settings.paintBitmapInfo.header.biSize = sizeof(BITMAPINFOHEADER);
   settings.paintBitmapInfo.header.biPlanes = 1;
-  auto* indexes = reinterpret_cast<uint16_t*>(settings.paintBitmapInfo.slots);
-  for (uint16_t i = 0; i < 256; ++i) indexes[i] = i;
+  writeIndexTable(settings.paintBitmapInfo);
   settings.displayMode = defaultDisplayMode;
   settings.paintGamma = 100;
   for (unsigned i = 0; i < 256; ++i) settings.paintAdjustTable[i] = static_cast<uint8_t>(i);
@@ -30,6 +29,11 @@ int exchange(int32_t& setting, int value) {
 }
 
 }  // namespace
+
+void writeIndexTable(PaintHeader& header) {
+  auto* indexes = reinterpret_cast<uint16_t*>(header.slots);
+  for (uint16_t i = 0; i < 256; ++i) indexes[i] = i;
+}
 
 ThreadSettings* createThreadSettings(bool firstTime) {
   if (firstTime) setSettingsSlot(TlsAlloc());

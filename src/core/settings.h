@@ -24,6 +24,9 @@ struct PaintHeader {
   RGBQUAD slots[256];
 };
 
+// Fills the first half of the slots with the palette indexes 0 to 255.
+void writeIndexTable(PaintHeader& header);
+
 // Zero-filled when made; createThreadSettings writes the defaults of a thread's own block. The process-wide fallback
 // block stays zero: no I/O functions, no callback, no dithering.
 struct ThreadSettings {

@@ -4,25 +4,29 @@
 #include <cstring>
 
 #include "core/memory.h"
+#include "core/rows.h"
 #include "region/region.h"
 
 namespace zavo {
 
 int makeRegionMask(OwnedBitmap& mask, const BitmapHandle& bitmap) {
-  if (const int status = Zv_CreateBitmap(mask.get(), ALLOC_MEMORY, bitmap.Width, bitmap.Height, 1, ORDER_RED_FIRST,
-                                         nullptr, bitmap.ViewPerspective);
-      status != KSUCCESS) {
-    return status;
-  }
+  int status = Zv_InitBitmap(mask.get(), bitmap.Width, bitmap.Height, 1);
+  if (status == KSUCCESS) status = Zv_AllocateBitmap(mask.get(), ALLOC_MEMORY);
+  if (status != KSUCCESS) return status;
+  mask->ViewPerspective = bitmap.ViewPerspective;
   auto ones = OsBlock<uint8_t>::allocate(mask->BytesPerLine);
   if (!ones) return KERR_NO_MEMORY;
   memset(ones.get(), 0xFF, mask->BytesPerLine);
   const BitmapLock lock(*mask);
-  for (int y = 0; y < bitmap.Height; ++y) {
-    const Segments runs = regionRow(*bitmap.Region, y);
+  RowWriter writer(*mask);
+  if (status = writer.open(); status != KSUCCESS) return status;
+  for (unsigned y = 0; y < static_cast<unsigned>(bitmap.Height); ++y) {
+    memset(writer.row(y), 0, mask->BytesPerLine);
+    if (status = writer.commit(y); status != KSUCCESS) return status;
+    const Segments runs = regionRow(*bitmap.Region, static_cast<int>(y));
     if (runs.empty()) continue;
-    const int status = Zv_PutBitmapRowSegments(mask.get(), ones.get(), static_cast<unsigned>(y), 0,
-                                               reinterpret_cast<const unsigned*>(runs.values), runs.count, 0);
+    status = Zv_PutBitmapRowSegments(mask.get(), ones.get(), y, 0, reinterpret_cast<const unsigned*>(runs.values),
+                                     runs.count, 0);
     if (status != KSUCCESS) return status;
   }
   return KSUCCESS;

@@ -1,9 +1,11 @@
-// Regions from the white pixels of masks.
+// Regions from the white pixels of masks, and masks of regions.
 #include <zavo.h>
 
+#include <cstring>
 #include <utility>
 
 #include "core/owners.h"
+#include "core/rows.h"
 #include "core/status.h"
 #include "region/combine_shape.h"
 #include "region/region_color.h"
@@ -13,6 +15,7 @@ namespace zavo {
 namespace {
 
 constexpr COLORREF white = RGB(255, 255, 255);
+constexpr COLORREF maskIndex = 0x01000001;  // palette index 1
 
 // The white pixels of a mask, in the mask's own coordinates. Whether the mask is taken as it is depends on the palette
 // of the bitmap that gets the region, not on the mask's; applications rely on it.
@@ -22,6 +25,33 @@ int makeMaskRegion(OwnedRegion& region, BitmapHandle& mask, const BitmapHandle& 
   OwnedBitmap reduced;
   const int status = Zv_ColorResBitmap(&mask, reduced.get(), 1, COLORRES_FIXED_PALETTE | COLORRES_NEAREST, nullptr, 0);
   return status == KSUCCESS ? makeColorRegion(region, *reduced, white) : status;
+}
+
+// Not every kind of storage begins as zeros.
+int clearRows(BitmapHandle& bitmap) {
+  const BitmapLock lock(bitmap);
+  RowWriter writer(bitmap);
+  if (const int status = writer.open(); status != KSUCCESS) return status;
+  for (unsigned row = 0; row < static_cast<unsigned>(bitmap.Height); ++row) {
+    memset(writer.row(row), 0, bitmap.BytesPerLine);
+    if (const int status = writer.commit(row); status != KSUCCESS) return status;
+  }
+  return KSUCCESS;
+}
+
+int makeMask(BitmapHandle& mask, const BitmapHandle& bitmap) {
+  OwnedBitmap made;
+  if (const int status =
+          Zv_CreateBitmap(made.get(), ALLOC_MEMORY, bitmap.Width, bitmap.Height, 1, 0, nullptr, bitmap.ViewPerspective);
+      status != KSUCCESS) {
+    return status;
+  }
+  if (const int status = clearRows(*made); status != KSUCCESS) return status;
+  if (const int status = copyRegion(*made, bitmap, 0, 0); status != KSUCCESS) return status;
+  if (const int status = Zv_FillBitmap(made.get(), maskIndex); status != KSUCCESS) return status;
+  freeRegion(*made);
+  mask = made.release();
+  return KSUCCESS;
 }
 
 }  // namespace
@@ -38,4 +68,9 @@ int ZAVO_CALL Zv_SetBitmapRgnFromMask(BitmapHandle* bitmap, const RegionXForm* x
   OwnedRegion shape;
   const int status = shapeFromRegion(shape, *bitmap, xform, region ? *region.get() : none);
   return status == KSUCCESS ? combineShape(*bitmap, std::move(shape), combineMode) : status;
+}
+
+int ZAVO_CALL Zv_CreateMaskFromBitmapRgn(const BitmapHandle* bitmap, BitmapHandle* mask) {
+  if (bitmap == nullptr || mask == nullptr) return KERR_BAD_PARAMETER;
+  return makeMask(*mask, *bitmap);
 }

@@ -64,7 +64,6 @@ int carryCopy(OwnedRegion& copy, const BitmapRegion& region, Passage way, ImageS
 }  // namespace
 
 int convertRegion(OwnedRegion& region, int from, int to, ImageSize size) {
-  dropCaches(*region.get());
   return carry(region, passage(from, to), size);
 }
 

@@ -27,7 +27,7 @@ void mirrorRegion(BitmapHandle& bitmap);
 // cached objects. KSUCCESS or KERR_NO_MEMORY.
 [[nodiscard]] int copyInFrame(OwnedRegion& copy, const BitmapRegion& region, int from, int to, ImageSize size);
 
-// The same in place; the region is as it was when memory is short.
+// The same in place, for a region without cached objects; it is as it was when memory is short.
 [[nodiscard]] int convertRegion(OwnedRegion& region, int from, int to, ImageSize size);
 
 }  // namespace zavo

@@ -85,6 +85,40 @@ TEST(ColorReduction, NearestInEveryFormat) {
   }
 }
 
+// Many colours and palettes in which many entries are equally near, or equal.
+TEST(ColorReduction, NearestIsExact) {
+  std::mt19937 random(241);
+  TestBitmap source(160, 100, 24);
+  ASSERT_TRUE(source.allocated());
+  for (int round = 0; round < 24; ++round) {
+    SCOPED_TRACE(round);
+    fillWithNoise(source, random);
+    Palette palette = noisePalette(1 + random() % 256, random);
+    const auto mask = static_cast<uint8_t>(0xFF << round % 8);  // coarser and coarser
+    for (auto& entry : palette) {
+      entry.rgbRed &= mask;
+      entry.rgbGreen &= mask;
+      entry.rgbBlue &= round % 3 == 0 ? 0 : mask;
+    }
+    if (round % 4 == 1) palette.back() = palette.front() = {0, 0, 0, 0};
+    if (round % 4 == 2) palette.back() = palette.front() = {255, 255, 255, 0};
+    for (unsigned i = 0; i < 40; ++i) {
+      const uint8_t extreme[] = {static_cast<uint8_t>(i % 2 * 255), static_cast<uint8_t>(i % 2 * 255),
+                                 static_cast<uint8_t>(i % 4 < 2 ? i % 2 * 255 : 128)};
+      Zv_PutBitmapRowCol(&source, extreme, 0, i, 3);
+    }
+    TestBitmap result;
+    ASSERT_EQ(Zv_ColorResBitmap(&source, &result, 8, COLORRES_GIVEN_PALETTE | COLORRES_NEAREST, palette.data(),
+                                static_cast<unsigned>(palette.size())),
+              KSUCCESS);
+    const Picture indexes = pictureOf(result);
+    const auto colors = colorsOf(source);
+    for (size_t i = 0; i < colors.size(); ++i) {
+      ASSERT_EQ(indexes.pixels[i], nearest(palette, palette.size(), colors[i]));
+    }
+  }
+}
+
 TEST(ColorReduction, PalettesAreThoseAskedFor) {
   std::mt19937 random(232);
   TestBitmap source(8, 8, 24);

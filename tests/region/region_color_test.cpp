@@ -2,6 +2,7 @@
 #include <string>
 
 #include "region/region_model.h"
+#include "support/progress_log.h"
 #include "support/refusals.h"
 
 namespace zavotest {
@@ -210,6 +211,56 @@ TEST(RegionMask, RefusedResources) {
     round.keeps(mask);
     const int status = round.run([&] { return Zv_SetBitmapRgnFromMask(&target, &xform, &mask, CombineSet); });
     EXPECT_EQ(pointsOf(target) == before, status != KSUCCESS);
+  });
+}
+
+TEST(RegionMask, OfARegionAndBack) {
+  std::mt19937 random(10);
+  for (const int memoryType : {int{ALLOC_MEMORY}, ALLOC_MEMORY | ALLOC_RUNLENGTH}) {
+    TestBitmap bitmap(70, 20, 1, memoryType);
+    bitmap.ViewPerspective = VIEW_TURNED_90;
+    fillWithRuns(bitmap, random);
+    TestBitmap whole;
+    ASSERT_EQ(Zv_CreateMaskFromBitmapRgn(&bitmap, &whole), KSUCCESS);
+    for (const uint32_t pixel : pictureOf(whole).pixels) ASSERT_EQ(pixel, 1u) << "no region";
+
+    ASSERT_EQ(Zv_SetBitmapRgnColor(&bitmap, 0x01000001, CombineSet), KSUCCESS);
+    TestBitmap mask;
+    ASSERT_EQ(Zv_CreateMaskFromBitmapRgn(&bitmap, &mask), KSUCCESS);
+    EXPECT_EQ(pictureOf(mask), pictureOf(bitmap));
+    EXPECT_EQ(mask.ViewPerspective, VIEW_TURNED_90);
+    EXPECT_EQ(mask.Region, nullptr);
+    TestBitmap back(70, 20, 24);
+    ASSERT_EQ(Zv_SetBitmapRgnFromMask(&back, nullptr, &mask, CombineSet), KSUCCESS);
+    EXPECT_EQ(pointsOf(back), pointsOf(bitmap));
+
+    const RECT all = {0, 0, 70, 20};
+    ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &all, CombineSetNot), KSUCCESS);
+    TestBitmap none;
+    ASSERT_EQ(Zv_CreateMaskFromBitmapRgn(&bitmap, &none), KSUCCESS);
+    for (const uint32_t pixel : pictureOf(none).pixels) ASSERT_EQ(pixel, 0u) << "an empty region";
+  }
+}
+
+TEST(RegionMask, CannotBeMade) {
+  TestBitmap bitmap(70, 20, 8);
+  TestBitmap mask;
+  EXPECT_EQ(Zv_CreateMaskFromBitmapRgn(nullptr, &mask), KERR_BAD_PARAMETER);
+  EXPECT_EQ(Zv_CreateMaskFromBitmapRgn(&bitmap, nullptr), KERR_BAD_PARAMETER);
+  {
+    const ProgressLog log(1, 0);
+    EXPECT_EQ(Zv_CreateMaskFromBitmapRgn(&bitmap, &mask), 0) << "stopped";
+    EXPECT_FALSE(mask.allocated());
+  }
+  const RECT rect = {1, 1, 9, 9};
+  ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &rect, CombineSet), KSUCCESS);
+  // A mask can do without its palette, and without the memory to make it.
+  refuseEachResource({.survived = {"CreatePalette", "GlobalAlloc"}, .leastPoints = 6}, [&](RefusalRound& round) {
+    TestBitmap made;
+    round.keeps(bitmap);
+    if (round.run([&] { return Zv_CreateMaskFromBitmapRgn(&bitmap, &made); }) != KSUCCESS) {
+      EXPECT_FALSE(made.allocated());
+    }
   });
 }
 

@@ -140,6 +140,18 @@ TEST(RegionShapes, SizesBeyondAllReason) {
   EXPECT_EQ(boundsOf(bitmap), (RECT{0, 0, 20, 10}));
 }
 
+// The system leaves rows of such ellipses undefined.
+TEST(RegionShapes, TallNarrowEllipsesAreAtLeastWellFormed) {
+  for (int width = 1; width <= 8; ++width) {
+    for (const int height : {20, 100, 399}) {
+      RegionBitmap bitmap(30, 300);
+      const RECT rect = {5, -50, 5 + width, height - 50};
+      (void)Zv_SetBitmapRgnEllipse(&bitmap, nullptr, &rect, CombineSet);
+      EXPECT_TRUE(isWellFormed(bitmap)) << width << " x " << height;
+    }
+  }
+}
+
 TEST(RegionShapes, BadArguments) {
   RegionBitmap bitmap(20, 20);
   const RECT rect = {1, 1, 9, 9};

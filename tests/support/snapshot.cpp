@@ -7,8 +7,24 @@
 
 namespace zavotest {
 
+RegionExtent regionExtentOf(const BitmapHandle& bitmap) {
+  RegionExtent extent;
+  if (Zv_BitmapHasRgn(&bitmap) == 0) return extent;
+  Zv_GetBitmapRgnArea(&bitmap, &extent.area);
+  Zv_GetBitmapRgnBounds(&bitmap, nullptr, &extent.bounds);
+  return extent;
+}
+
+bool operator==(const RegionExtent& a, const RegionExtent& b) {
+  return a.area == b.area && EqualRect(&a.bounds, &b.bounds);
+}
+
 Snapshot::Snapshot(BitmapHandle& bitmap)
-    : bitmap_(bitmap), record_(bitmap), bytes_(bytesOf(bitmap)), colors_(colorsOf(bitmap)) {}
+    : bitmap_(bitmap),
+      record_(bitmap),
+      bytes_(bytesOf(bitmap)),
+      colors_(colorsOf(bitmap)),
+      region_(regionExtentOf(bitmap)) {}
 
 testing::AssertionResult Snapshot::unchanged() const {
   BitmapHandle now = bitmap_;
@@ -28,6 +44,7 @@ testing::AssertionResult Snapshot::unchanged() const {
   if (!std::equal(colors.begin(), colors.end(), colors_.begin(), colors_.end(), same)) {
     return testing::AssertionFailure() << "the palette";
   }
+  if (!(regionExtentOf(bitmap_) == region_)) return testing::AssertionFailure() << "the region";
   return testing::AssertionSuccess();
 }
 

@@ -9,7 +9,15 @@
 
 namespace zavotest {
 
-// Keeps a bitmap's record, pixels and palette as they were when this was constructed.
+// A region's size: its pixels and its bounds in the stored rows and columns.
+struct RegionExtent {
+  unsigned area = 0;
+  RECT bounds = {};
+};
+RegionExtent regionExtentOf(const BitmapHandle& bitmap);
+bool operator==(const RegionExtent& a, const RegionExtent& b);
+
+// Keeps a bitmap's record, pixels, palette and region's extent as they were when this was constructed.
 class Snapshot {
  public:
   explicit Snapshot(BitmapHandle& bitmap);
@@ -21,6 +29,7 @@ class Snapshot {
   BitmapHandle record_;
   std::vector<uint8_t> bytes_;
   std::vector<PALETTEENTRY> colors_;
+  RegionExtent region_;
 };
 
 }  // namespace zavotest

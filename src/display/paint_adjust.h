@@ -1,0 +1,21 @@
+// Brightness, contrast and gamma of painting, as one table from input to output levels.
+#pragma once
+
+#include <zavo.h>
+
+#include <cstdint>
+
+#include "core/settings.h"
+
+namespace zavo {
+
+// Rebuilds the thread's table from its three adjustments.
+void rebuildAdjustTable(ThreadSettings& settings);
+
+// A colour with every channel looked up in the table.
+[[nodiscard]] inline RGBQUAD adjusted(const ThreadSettings& settings, RGBQUAD color) {
+  const uint8_t* table = settings.paintAdjustTable;
+  return {table[color.rgbBlue], table[color.rgbGreen], table[color.rgbRed], 0};
+}
+
+}  // namespace zavo

@@ -1,0 +1,123 @@
+// Printing row by row: placement on the page, progress, cancelling; and the job that the thread's record keeps.
+#include "display/print.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "core/owners.h"
+#include "core/perspective.h"
+#include "core/progress.h"
+#include "core/settings.h"
+#include "core/status.h"
+#include "display/paint.h"
+
+namespace zavo {
+namespace {
+
+// The part of the page that pictures are placed in. It begins at 1, not at 0, as it always has: positions that
+// applications have stored count on it.
+RECT pageOf(HDC printer) {
+  return {1, 1, GetDeviceCaps(printer, HORZRES), GetDeviceCaps(printer, VERTRES)};
+}
+
+// The chosen size; a side of 0 follows from the other, both 0 fit the picture into the page.
+ImageSize printedSize(const RECT& page, ImageSize picture, const PrintPlace& place) {
+  const auto [w, h] = picture;
+  if (place.width != 0 && place.height != 0) return {place.width, place.height};
+  if (place.height != 0) return {MulDiv(w, place.height, h), place.height};
+  if (place.width != 0) return {place.width, MulDiv(h, place.width, w)};
+  const ImageSize usable = {page.right - page.left, page.bottom - page.top};
+  const int fitted = MulDiv(usable.height, w, h);
+  if (fitted <= usable.width) return {fitted, usable.height};
+  return {usable.width, MulDiv(usable.width, h, w)};
+}
+
+LONG endOf(int begin, int length) {
+  return static_cast<LONG>(std::min(int64_t{begin} + length, int64_t{INT32_MAX}));
+}
+
+RECT placedRect(const RECT& page, ImageSize picture, const PrintPlace& place) {
+  const ImageSize size = printedSize(page, picture, place);
+  const int x = place.x != 0 ? place.x : page.left + (page.right - page.left - size.width) / 2;
+  const int y = place.y != 0 ? place.y : page.top + (page.bottom - page.top - size.height) / 2;
+  return {x, y, endOf(x, size.width), endOf(y, size.height)};
+}
+
+// The display mode for a printer: clustered dots where it prints black only, else the device's own rendering.
+class PrintDisplayMode {
+ public:
+  explicit PrintDisplayMode(HDC printer) {
+    if (isBlackOnly(printer)) {
+      constexpr unsigned dots = PAINT_ORDERED_DITHER | PAINT_CLUSTERED_DOT;
+      previous_ = Zv_SetDisplayMode(dots | PAINT_INDEX_COLORS, dots);
+    } else {
+      previous_ = Zv_SetDisplayMode(PAINT_DITHER | PAINT_INDEX_COLORS, 0);
+    }
+  }
+  PrintDisplayMode(const PrintDisplayMode&) = delete;
+  PrintDisplayMode& operator=(const PrintDisplayMode&) = delete;
+  ~PrintDisplayMode() { Zv_SetDisplayMode(~0u, previous_); }
+
+ private:
+  static bool isBlackOnly(HDC printer) {
+    if (GetDeviceCaps(printer, NUMCOLORS) >= 3 || GetDeviceCaps(printer, TECHNOLOGY) == DT_METAFILE) return false;
+    return GetDeviceCaps(printer, BITSPIXEL) * GetDeviceCaps(printer, PLANES) == 1;
+  }
+
+  unsigned previous_;
+};
+
+// One printer row at a time, so that each can be reported. KSUCCESS or the callback's result; what painting returns
+// is not looked at, a page with a gap being better than none.
+int paintByRows(HDC printer, BitmapHandle& bitmap, const RECT& destination, const RECT& strip) {
+  Progress progress(strip.bottom - strip.top);
+  if (const int status = progress.begin(); status != KSUCCESS) return status;
+  for (LONG row = strip.top; row < strip.bottom; ++row) {
+    const RECT clip = {strip.left, row, strip.right, row + 1};
+    (void)paintBitmap(printer, bitmap, {nullptr, nullptr, &destination, &clip, nullptr}, SRCCOPY);
+    if (const int status = progress.step(); status != KSUCCESS) return status;
+  }
+  return KSUCCESS;
+}
+
+int printPicture(HDC printer, BitmapHandle& bitmap, const PrintPlace& place) {
+  const PaletteObject palette(Zv_CreatePaintPalette(printer, &bitmap));
+  const RECT page = pageOf(printer);
+  const RECT destination = placedRect(page, sizeInFrame(bitmap, VIEW_UPRIGHT), place);
+  const PaletteSelection colors(printer, palette.get());
+  const PrintDisplayMode mode(printer);
+  if (currentSettings().statusCallback == nullptr) {
+    (void)paintBitmap(printer, bitmap, {nullptr, nullptr, &destination, nullptr, nullptr}, SRCCOPY);
+    return KSUCCESS;
+  }
+  RECT strip;
+  if (!IntersectRect(&strip, &destination, &page)) strip = {};
+  return paintByRows(printer, bitmap, destination, strip);
+}
+
+}  // namespace
+
+HDC printBitmap(PrintJob job, BitmapHandle* bitmap, const PrintPlace& place, bool endJob) {
+  if (!job.open()) return nullptr;
+  if (isAllocated(bitmap) && printPicture(job.dc(), *bitmap, place) != KSUCCESS) {
+    job.cancel(endJob);
+    return nullptr;
+  }
+  return job.finish(endJob);
+}
+
+}  // namespace zavo
+
+using namespace zavo;
+
+HDC ZAVO_CALL Zv_PrintBitmapExt(HDC dc, BitmapHandle* bitmap, int x, int y, int width, int height, int endJob) {
+  return printBitmap(PrintJob(dc, JobOwner::caller), bitmap, {x, y, width, height}, endJob != 0);
+}
+
+HDC ZAVO_CALL Zv_PrintBitmap(BitmapHandle* bitmap, int x, int y, int width, int height, int endJob) {
+  ThreadSettings& settings = currentSettings();
+  const PrintJob job(std::exchange(settings.printJobDC, nullptr), JobOwner::library);
+  const HDC printed = printBitmap(job, bitmap, {x, y, width, height}, endJob != 0);
+  if (endJob == 0) settings.printJobDC = printed;
+  return printed;
+}

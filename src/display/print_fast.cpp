@@ -1,0 +1,87 @@
+// Printing in one call of the printer's driver.
+#include "color/palettes.h"
+#include "core/owners.h"
+#include "core/perspective.h"
+#include "core/progress.h"
+#include "core/rows.h"
+#include "core/status.h"
+#include "display/print.h"
+
+namespace zavo {
+namespace {
+
+struct PrintInfo {
+  BITMAPINFOHEADER header;
+  RGBQUAD colors[256];
+};
+
+// The driver reads the stored rows as they are: in memory, at a depth and order that it knows, not turned.
+bool isDriverReady(const BitmapHandle& bitmap) {
+  const bool known = bitmap.BitsPerPixel == 1 || bitmap.BitsPerPixel == 4 || bitmap.BitsPerPixel == 8 ||
+                     (bitmap.BitsPerPixel == 24 && bitmap.ColorOrder == ORDER_BLUE_FIRST);
+  return known && (bitmap.Flags & (BMF_DISK | BMF_RUNLENGTH)) == 0 && !isRotated(bitmap.ViewPerspective);
+}
+
+// A bitmap stored with the top row first, turned bottom-up for the driver while this lives.
+class BottomUpRows {
+ public:
+  explicit BottomUpRows(BitmapHandle& bitmap) : bitmap_(bitmap) {
+    if (isUpright(bitmap.ViewPerspective)) status_ = flip();
+    flipped_ = isUpright(bitmap.ViewPerspective) && status_ == KSUCCESS;
+  }
+  BottomUpRows(const BottomUpRows&) = delete;
+  BottomUpRows& operator=(const BottomUpRows&) = delete;
+  ~BottomUpRows() {
+    if (flipped_) (void)flip();
+  }
+  [[nodiscard]] int status() const { return status_; }
+
+ private:
+  // A callback that stopped the way back would leave the caller with another picture.
+  int flip() {
+    const SilentProgress silent;
+    return Zv_FlipBitmap(&bitmap_);
+  }
+
+  BitmapHandle& bitmap_;
+  int status_ = KSUCCESS;
+  bool flipped_ = false;
+};
+
+void describe(PrintInfo& info, const BitmapHandle& bitmap) {
+  info = {};
+  info.header.biSize = sizeof(BITMAPINFOHEADER);
+  info.header.biWidth = bitmap.Width;
+  info.header.biHeight = bitmap.Height;
+  info.header.biPlanes = 1;
+  info.header.biBitCount = static_cast<WORD>(bitmap.BitsPerPixel);
+  info.header.biSizeImage = bitmap.BytesPerLine * static_cast<unsigned>(bitmap.Height);
+  if (bitmap.BitsPerPixel <= 8) info.header.biClrUsed = readPalette(bitmap, info.colors);
+}
+
+void handToDriver(HDC printer, BitmapHandle& bitmap, const PrintPlace& place) {
+  PrintInfo info;
+  describe(info, bitmap);
+  const PaletteObject palette(bitmap.BitsPerPixel <= 8 ? Zv_CreatePaintPalette(printer, &bitmap) : nullptr);
+  const PaletteSelection colors(printer, palette.get());
+  const BitmapLock lock(bitmap);
+  if (!hasDirectRows(bitmap)) return;
+  StretchDIBits(printer, place.x, place.y, place.width, place.height, 0, 0, bitmap.Width, bitmap.Height,
+                directRow(bitmap, 0), reinterpret_cast<const BITMAPINFO*>(&info), DIB_RGB_COLORS, SRCCOPY);
+}
+
+}  // namespace
+}  // namespace zavo
+
+using namespace zavo;
+
+HDC ZAVO_CALL Zv_PrintBitmapFast(HDC dc, BitmapHandle* bitmap, int x, int y, int width, int height, int endJob) {
+  PrintJob job(dc, JobOwner::caller);
+  const PrintPlace place = {x, y, width, height};
+  if (!isAllocated(bitmap) || !isDriverReady(*bitmap)) return printBitmap(job, bitmap, place, endJob != 0);
+  const BottomUpRows bottomUp(*bitmap);
+  if (bottomUp.status() != KSUCCESS) return printBitmap(job, bitmap, place, endJob != 0);
+  if (!job.open()) return nullptr;
+  handToDriver(job.dc(), *bitmap, place);
+  return job.finish(endJob != 0);
+}

@@ -1,0 +1,107 @@
+// Device contexts over a bitmap's own pixels: what GDI draws there changes the bitmap.
+#include <zavo.h>
+
+#include "core/owners.h"
+#include "core/perspective.h"
+#include "core/status.h"
+
+namespace zavo {
+namespace {
+
+struct SectionInfo {
+  BITMAPINFOHEADER header;
+  RGBQUAD colors[256];
+};
+
+using CreateDIBSectionFunction = HBITMAP(WINAPI*)(HDC, const BITMAPINFO*, UINT, void**, HANDLE, DWORD);
+
+// Hosts exist whose graphics interface does not have it, so it is looked up at run time.
+CreateDIBSectionFunction findCreateDIBSection() {
+  const HMODULE gdi = GetModuleHandleA("GDI32");
+  if (gdi == nullptr) return nullptr;
+  return reinterpret_cast<CreateDIBSectionFunction>(reinterpret_cast<void*>(GetProcAddress(gdi, "CreateDIBSection")));
+}
+
+bool canBeDrawnOn(int bitsPerPixel) {
+  return bitsPerPixel == 1 || bitsPerPixel == 4 || bitsPerPixel == 8 || bitsPerPixel > 8;
+}
+
+// Run-length rows become ordinary ones, in place.
+bool unpackStorage(BitmapHandle& bitmap) {
+  if (!isRunLength(bitmap)) return true;
+  BitmapHandle unpacked = bitmap;
+  if (Zv_InitBitmap(&unpacked, bitmap.Width, bitmap.Height, bitmap.BitsPerPixel) != KSUCCESS ||
+      Zv_AllocateBitmap(&unpacked, ALLOC_MEMORY) != KSUCCESS) {
+    return false;
+  }
+  if (Zv_CopyBitmapData(&unpacked, &bitmap) != KSUCCESS) {
+    Zv_FreeBitmap(&unpacked);
+    return false;
+  }
+  // The storage changes under the record; everything else it holds stays.
+  BitmapHandle changed = bitmap;
+  changed.StorageHandle = unpacked.StorageHandle;
+  changed.Data = unpacked.Data;
+  changed.DataSize = unpacked.DataSize;
+  changed.CachedRow = unpacked.CachedRow;
+  changed.CachedRowOffset = unpacked.CachedRowOffset;
+  changed.Flags = (bitmap.Flags & ~static_cast<unsigned>(BMF_RUNLENGTH)) | (unpacked.Flags & BMF_MEMORY);
+  Zv_FreeImage(&bitmap, 0);
+  bitmap = changed;
+  return true;
+}
+
+void describe(SectionInfo& info, BitmapHandle& bitmap) {
+  info = {};
+  info.header.biSize = sizeof(BITMAPINFOHEADER);
+  info.header.biWidth = bitmap.Width;
+  info.header.biHeight = isFlipped(bitmap.ViewPerspective) ? bitmap.Height : -bitmap.Height;
+  info.header.biPlanes = 1;
+  info.header.biBitCount = static_cast<WORD>(bitmap.BitsPerPixel);
+  info.header.biSizeImage = bitmap.BytesPerLine * static_cast<unsigned>(bitmap.Height);
+  if (bitmap.BitsPerPixel <= 8) (void)Zv_GetBitmapColors(&bitmap, 0, bitmap.ColorCount, info.colors);
+}
+
+// Selects the bitmap's pixels, and its region as the clip, into a memory device context.
+bool selectPixels(HDC dc, BitmapHandle& bitmap, CreateDIBSectionFunction createSection) {
+  SectionInfo info;
+  describe(info, bitmap);
+  void* bits = nullptr;
+  HBITMAP section =
+      createSection(dc, reinterpret_cast<const BITMAPINFO*>(&info), DIB_RGB_COLORS, &bits, bitmap.StorageHandle, 0);
+  if (section == nullptr) return false;
+  DeleteObject(SelectObject(dc, section));
+  HRGN clip = nullptr;
+  if (bitmap.Region != nullptr && Zv_GetBitmapRgnHandle(&bitmap, nullptr, &clip) == KSUCCESS && clip != nullptr) {
+    SelectClipRgn(dc, clip);
+    DeleteObject(clip);
+  }
+  return true;
+}
+
+}  // namespace
+}  // namespace zavo
+
+using namespace zavo;
+
+HDC ZAVO_CALL Zv_CreateZavoDC(BitmapHandle* bitmap) {
+  if (!isAllocated(bitmap) || !canBeDrawnOn(bitmap->BitsPerPixel)) return nullptr;
+  if (!unpackStorage(*bitmap)) return nullptr;
+  const CreateDIBSectionFunction createSection = findCreateDIBSection();
+  if (createSection == nullptr) return nullptr;
+  if (isRotated(bitmap->ViewPerspective) &&
+      Zv_ChangeBitmapViewPerspective(nullptr, bitmap, VIEW_BOTTOM_UP) != KSUCCESS) {
+    return nullptr;
+  }
+  const ScreenDC screen;
+  MemoryDC dc(CreateCompatibleDC(screen.get()));
+  if (!dc || !selectPixels(dc.get(), *bitmap, createSection)) return nullptr;
+  return dc.release();
+}
+
+int ZAVO_CALL Zv_DeleteZavoDC(HDC dc) {
+  // Only an object that is not selected can be deleted, so another takes the section's place.
+  const BitmapObject placeholder(CreateBitmap(1, 1, 1, 1, nullptr));
+  if (const HGDIOBJ section = SelectObject(dc, placeholder.get())) DeleteObject(section);
+  return DeleteDC(dc);
+}

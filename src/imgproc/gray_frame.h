@@ -1,0 +1,61 @@
+// The frame that the conversions to grey and to halftones share: checks, the new image beside the old one, rows with
+// progress, and taking the old image's place.
+#pragma once
+
+#include <zavo.h>
+
+#include "color/conversion.h"
+#include "color/palettes.h"
+#include "core/owners.h"
+#include "core/progress.h"
+#include "core/rows.h"
+#include "core/status.h"
+
+namespace zavo {
+
+// Reads rows of a bitmap of any depth as levels of brightness, 0 to 255.
+class BrightnessReader {
+ public:
+  // KSUCCESS; KERR_BAD_BITMAP for a palette image whose palette is missing or short.
+  [[nodiscard]] int prepare(const BitmapHandle& bitmap) {
+    if (bitmap.BitsPerPixel < 16) {
+      if (bitmap.Palette == nullptr || readPalette(bitmap, palette_) != bitmap.ColorCount) return KERR_BAD_BITMAP;
+    }
+    const int order = bitmap.ColorOrder == ORDER_BLUE_FIRST ? ORDER_BLUE_FIRST : ORDER_RED_FIRST;
+    return converter_.prepare(bitmap.BitsPerPixel, 0, order, ORDER_RED_FIRST, palette_, nullptr);
+  }
+  void read(uint8_t* levels, const uint8_t* row, unsigned width) { converter_.convert(levels, row, width); }
+
+ private:
+  RGBQUAD palette_[256];
+  RowConverter converter_;
+};
+
+// Makes the new image: size, perspective, resolution and playback parameters of the old one, and a palette.
+[[nodiscard]] int makeGrayTarget(OwnedBitmap& target, BitmapHandle& bitmap, int bitsPerPixel, HPALETTE palette);
+
+// The bitmap's region moves to the target, which takes the bitmap's place.
+void takeOver(BitmapHandle& bitmap, OwnedBitmap& target);
+
+// Writes every row of the target by work(targetRow, bitmapRow, y).
+template <typename Work>
+[[nodiscard]] int convertRows(BitmapHandle& target, BitmapHandle& bitmap, Work work) {
+  const BitmapLock bitmapLock(bitmap);
+  const BitmapLock targetLock(target);
+  RowReader reader(bitmap);
+  RowWriter writer(target);
+  if (const int status = reader.open(); status != KSUCCESS) return status;
+  if (const int status = writer.open(); status != KSUCCESS) return status;
+  Progress progress(bitmap.Height);
+  if (const int status = progress.begin(); status != KSUCCESS) return status;
+  for (unsigned y = 0; y < static_cast<unsigned>(bitmap.Height); ++y) {
+    const uint8_t* row = reader.row(y);
+    if (row == nullptr) return reader.status();
+    work(writer.row(y), row, y);
+    if (const int status = writer.commit(y); status != KSUCCESS) return status;
+    if (const int status = progress.step(); status != KSUCCESS) return status;
+  }
+  return KSUCCESS;
+}
+
+}  // namespace zavo

@@ -1,0 +1,82 @@
+// Turning a bitmap into black and white by holding its brightness against an 8 x 8 screen, straight or turned.
+#include <zavo.h>
+
+#include "color/threshold.h"
+#include "core/memory.h"
+#include "geometry/sine_table.h"
+#include "imgproc/gray_frame.h"
+
+namespace zavo {
+namespace {
+
+// Finds the thresholds of a row under a screen turned by an angle: those of the cells at the pixels' turned
+// coordinates. Coordinates are in units of 1 / sineScale pixels, rounded down to cells. The screen repeats after 8
+// pixels, so that positions may wrap around 32 bits without a seam.
+class TurnedScreen {
+ public:
+  TurnedScreen(const ThresholdMatrix& matrix, int angle)
+      : matrix_(matrix), sine_(static_cast<uint32_t>(sine(angle))), cosine_(static_cast<uint32_t>(cosine(angle))) {}
+
+  // Writes bit 1 for every level above its threshold.
+  void apply(uint8_t* packed, const uint8_t* levels, unsigned width, unsigned y) const {
+    uint32_t u = 0 - y * sine_;
+    uint32_t v = y * cosine_;
+    for (unsigned x = 0; x < width; x += 8, ++packed, levels += 8) {
+      const unsigned count = width - x < 8 ? width - x : 8;
+      unsigned bits = 0;
+      for (unsigned k = 0; k < count; ++k, u += cosine_, v += sine_) {
+        const uint8_t threshold = matrix_[cell(v)][cell(u)];
+        bits |= (levels[k] > threshold ? 0x80u : 0) >> k;
+      }
+      *packed = static_cast<uint8_t>(bits);
+    }
+  }
+
+ private:
+  static unsigned cell(uint32_t position) { return position / sineScale & 7; }
+
+  const ThresholdMatrix& matrix_;
+  uint32_t sine_;
+  uint32_t cosine_;
+};
+
+int makeHalftone(BitmapHandle& bitmap, const ThresholdMatrix& matrix, int angle) {
+  BrightnessReader brightness;
+  if (const int status = brightness.prepare(bitmap); status != KSUCCESS) return status;
+  OwnedBitmap halftone;
+  if (const int status = makeGrayTarget(halftone, bitmap, 1, Zv_CreateFixedPalette(1)); status != KSUCCESS) {
+    return status;
+  }
+  const auto width = static_cast<unsigned>(bitmap.Width);
+  auto levels = OsBlock<uint8_t>::allocate(width);
+  if (!levels) return KERR_NO_MEMORY;
+
+  // The screen turns the opposite way to the angle given.
+  const int turn = normalizedAngle(-normalizedAngle(angle));
+  const TurnedScreen screen(matrix, turn);
+  const int status = convertRows(*halftone, bitmap, [&](uint8_t* packed, const uint8_t* row, unsigned y) {
+    brightness.read(levels.get(), row, width);
+    if (turn == 0) {
+      thresholdRow(packed, levels.get(), width, matrix[y & 7]);
+    } else {
+      screen.apply(packed, levels.get(), width, y);
+    }
+  });
+  if (status == KSUCCESS) takeOver(bitmap, halftone);
+  return status;
+}
+
+}  // namespace
+}  // namespace zavo
+
+using namespace zavo;
+
+int ZAVO_CALL Zv_HalfToneBitmapExt(BitmapHandle* bitmap, int type, int angle) {
+  if (!isAllocated(bitmap)) return KERR_BAD_BITMAP;
+  if (type != HALFTONE_CLUSTERED && type != HALFTONE_DISPERSED) return KERR_BAD_PARAMETER;
+  return makeHalftone(*bitmap, type == HALFTONE_CLUSTERED ? clusteredMatrix : dispersedMatrix, angle);
+}
+
+int ZAVO_CALL Zv_HalfToneBitmap(BitmapHandle* bitmap, int type) {
+  return Zv_HalfToneBitmapExt(bitmap, type, 0);
+}

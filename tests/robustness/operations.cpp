@@ -1,0 +1,205 @@
+#include "robustness/operations.h"
+
+#include <random>
+
+namespace zavotest {
+namespace {
+
+constexpr unsigned duplicatesAll = DUP_STORAGE | DUP_PALETTE | DUP_REGION;
+constexpr RECT shape = {3, 1, 30, 9};
+constexpr POINT corners[] = {{2, 2}, {35, 4}, {10, 10}};
+
+int resultOf(HPALETTE palette) {
+  if (palette == nullptr) return KERR_NO_MEMORY;
+  DeleteObject(palette);
+  return KSUCCESS;
+}
+
+int resultOf(HGLOBAL memory) {
+  if (memory == nullptr) return KERR_NO_MEMORY;
+  GlobalFree(memory);
+  return KSUCCESS;
+}
+
+// Writes `out` over, which is half-done after a failure and then of no interest.
+int overwrite(Subjects& s, int (*write)(BitmapHandle* out, BitmapHandle* from)) {
+  int status = Zv_DupBitmapNewDim(&s.out, &s.bitmap, 29, 9, s.bitmap.BitsPerPixel, duplicatesAll);
+  if (status == KSUCCESS) status = write(&s.out, &s.bitmap);
+  if (status != KSUCCESS) Zv_FreeBitmap(&s.out);
+  return status;
+}
+
+int copyData(Subjects& s) {
+  return overwrite(s, [](BitmapHandle* out, BitmapHandle* from) { return Zv_CopyBitmapData(out, from); });
+}
+
+int sizeInto(Subjects& s) {
+  return overwrite(s, [](BitmapHandle* out, BitmapHandle* from) { return Zv_ResizeBitmap(from, out); });
+}
+
+int resizeRows(Subjects&) {
+  ResizeState* state = nullptr;
+  const int status = Zv_StartResize(37, 11, 50, 20, &state);
+  if (status == KSUCCESS) Zv_StopResize(state);
+  return status;
+}
+
+int dither(Subjects& s) {
+  const int status = Zv_StartDithering(&s.bitmap, nullptr, 256);
+  if (status == KSUCCESS) Zv_StopDithering(&s.bitmap);
+  return status;
+}
+
+int convertBuffer(Subjects& s) {
+  std::vector<uint8_t> row(400, 0x5A);
+  return Zv_ConvertBuffer(row.data(), 37, 24, s.bitmap.BitsPerPixel, ORDER_BLUE_FIRST, ORDER_BLUE_FIRST, nullptr,
+                          nullptr);
+}
+
+int matchTable(Subjects&) {
+  unsigned* table = Zv_CreateUserMatchTable(Zv_IntGetFixedPalette(8), 256);
+  if (table == nullptr) return KERR_NO_MEMORY;
+  Zv_FreeUserMatchTable(table);
+  return KSUCCESS;
+}
+
+int listOfCopies(Subjects& s) {
+  BitmapListHandle list = nullptr;
+  BitmapListHandle copy = nullptr;
+  BitmapHandle item{};
+  int status = Zv_CreateBitmapList(&list);
+  if (status == KSUCCESS) status = Zv_CopyBitmap(&item, &s.bitmap);
+  if (status == KSUCCESS) status = Zv_InsertBitmapListItem(list, 0, &item);
+  if (status != KSUCCESS) Zv_FreeBitmap(&item);
+  if (status == KSUCCESS) status = Zv_CopyBitmapListItems(&copy, list, 0, 1);
+  if (status == KSUCCESS) status = Zv_ColorResBitmapList(copy, 4, COLORRES_OPTIMISED_PALETTE, nullptr, 0);
+  if (copy != nullptr) Zv_DestroyBitmapList(copy);
+  if (list != nullptr) Zv_DestroyBitmapList(list);
+  return status;
+}
+
+int fromDib(Subjects& s) {
+  const BITMAPINFO header = {{sizeof(BITMAPINFOHEADER), 5, 3, 1, 24, BI_RGB, 0, 0, 0, 0, 0}, {}};
+  const std::vector<uint8_t> rows(48, 0x77);
+  return Zv_ConvertFromDIB(&s.out, &header, rows.data());
+}
+
+// A region keeps what is made of it, so these work on a copy, which ends with the call.
+
+int regionHandle(Subjects& s) {
+  TestBitmap copy;
+  if (const int status = Zv_CopyBitmap(&copy, &s.bitmap); status != KSUCCESS) return status;
+  HRGN region = nullptr;
+  const int status = Zv_GetBitmapRgnHandle(&copy, nullptr, &region);
+  if (region != nullptr) DeleteObject(region);
+  return status != 0 ? status : int{KERR_NO_MEMORY};
+}
+
+int frameRegion(Subjects& s) {
+  TestBitmap copy;
+  if (const int status = Zv_CopyBitmap(&copy, &s.bitmap); status != KSUCCESS) return status;
+  HDC dc = CreateCompatibleDC(nullptr);
+  const int status = Zv_FrameBitmapRgn(dc, &copy, nullptr, 1);
+  DeleteDC(dc);
+  return status;
+}
+
+int regionFromHandle(Subjects& s) {
+  HRGN region = CreateEllipticRgnIndirect(&shape);
+  const int status = Zv_SetBitmapRgnHandle(&s.bitmap, nullptr, region, CombineOr);
+  DeleteObject(region);
+  return status;
+}
+
+int regionFromMask(Subjects& s) {
+  TestBitmap mask;
+  const std::vector<uint8_t> rows(88, 0x3C);
+  Zv_InitBitmap(&mask, 37, 11, 1);
+  if (const int status = Zv_AllocateBitmap(&mask, ALLOC_MEMORY); status != KSUCCESS) return status;
+  Zv_LockBitmap(&mask);
+  Zv_PutBitmapRow(&mask, rows.data(), 0, 88);
+  return Zv_SetBitmapRgnFromMask(&s.bitmap, nullptr, &mask, CombineAndNotRegion);
+}
+
+template <int combineMode>
+int ellipse(Subjects& s) {
+  return Zv_SetBitmapRgnEllipse(&s.bitmap, nullptr, &shape, combineMode);
+}
+
+int reduce(Subjects& s, int bits, unsigned options) {
+  return Zv_ColorResBitmap(&s.bitmap, nullptr, bits, options, nullptr, 0);
+}
+
+const Operation table[] = {
+    {"duplicate",
+     [](Subjects& s) { return Zv_DupBitmapNewDim(&s.out, &s.bitmap, 20, 9, s.bitmap.BitsPerPixel, duplicatesAll); },
+     {},
+     false},
+    {"copy", [](Subjects& s) { return Zv_CopyBitmap(&s.out, &s.bitmap); }},
+    {"copy data", copyData},
+    {"copy rectangle", [](Subjects& s) { return Zv_CopyBitmapRect(&s.out, &s.bitmap, 3, 2, 20, 5); }},
+    {"trim", [](Subjects& s) { return Zv_TrimBitmap(&s.bitmap, 3, 2, 20, 5); }},
+    {"higher", [](Subjects& s) { return Zv_ChangeBitmapHeight(&s.bitmap, 15); }, {}, false},
+    {"turned copy", [](Subjects& s) { return Zv_ChangeBitmapViewPerspective(&s.out, &s.bitmap, VIEW_TURNED_90); }},
+    {"turned", [](Subjects& s) { return Zv_ChangeBitmapViewPerspective(nullptr, &s.bitmap, VIEW_TURNED_270); }},
+    {"bottom up", [](Subjects& s) { return Zv_ChangeBitmapViewPerspective(nullptr, &s.bitmap, VIEW_BOTTOM_UP); }},
+    {"list", listOfCopies},
+
+    {"gray palette", [](Subjects&) { return resultOf(Zv_CreateGrayPalette(8)); }},
+    {"fixed palette", [](Subjects&) { return resultOf(Zv_CreateFixedPalette(4)); }},
+    {"match table", matchTable},
+    {"convert buffer", convertBuffer},
+    {"dither", dither},
+    {"reduce to 8 bits", [](Subjects& s) { return reduce(s, 8, COLORRES_OPTIMISED_PALETTE); }},
+    {"reduce to 1 bit", [](Subjects& s) { return reduce(s, 1, COLORRES_FIXED_PALETTE); }},
+    {"reduce to nearest gray", [](Subjects& s) { return reduce(s, 4, COLORRES_GRAY_PALETTE | COLORRES_NEAREST); }},
+    {"widen to 24 bits", [](Subjects& s) { return reduce(s, 24, COLORRES_BLUE_FIRST); }},
+    {"reduced copy", [](Subjects& s) { return Zv_ColorResBitmap(&s.bitmap, &s.out, 0, 0, nullptr, 0); }},
+    {"to DIB", [](Subjects& s) { return resultOf(Zv_ConvertToDIB(&s.bitmap)); }},
+    {"from DIB", fromDib, {"GetDC"}},
+    {"put pixel", [](Subjects& s) { return Zv_PutPixelColor(&s.bitmap, 5, 15, RGB(200, 100, 50)); }},
+
+    {"rectangle", [](Subjects& s) { return Zv_SetBitmapRgnRect(&s.bitmap, nullptr, &shape, CombineSetNot); }},
+    {"ellipse and", ellipse<CombineAnd>},
+    {"ellipse or", ellipse<CombineOr>},
+    {"ellipse xor", ellipse<CombineXor>},
+    {"round rectangle",
+     [](Subjects& s) { return Zv_SetBitmapRgnRoundRect(&s.bitmap, nullptr, &shape, 5, 4, CombineAndNotBitmap); }},
+    {"polygon",
+     [](Subjects& s) { return Zv_SetBitmapRgnPolygon(&s.bitmap, nullptr, corners, 3, POLYGON_ALTERNATE, CombineSet); }},
+    {"region from handle", regionFromHandle},
+    {"region of a colour", [](Subjects& s) { return Zv_SetBitmapRgnColor(&s.bitmap, RGB(1, 2, 3), CombineOr); }},
+    {"region from mask", regionFromMask},
+    {"move region", [](Subjects& s) { return Zv_OffsetBitmapRgn(&s.bitmap, 2, -3); }},
+    {"region handle", regionHandle},
+    {"frame region", frameRegion},
+
+    {"size down", [](Subjects& s) { return Zv_SizeBitmap(&s.bitmap, 20, 7, 0); }},
+    {"size up", [](Subjects& s) { return Zv_SizeBitmap(&s.bitmap, 60, 30, SIZE_FAVOR_BLACK); }},
+    {"resample", [](Subjects& s) { return Zv_ResampleBitmap(&s.bitmap, 50, 8); }},
+    {"size into", sizeInto},
+    {"size rows", resizeRows},
+    {"flip", [](Subjects& s) { return Zv_FlipBitmap(&s.bitmap); }},
+    {"reverse", [](Subjects& s) { return Zv_ReverseBitmap(&s.bitmap); }},
+    {"shear along", [](Subjects& s) { return Zv_ShearBitmap(&s.bitmap, 1500, 1, RGB(1, 2, 3)); }},
+    {"shear across", [](Subjects& s) { return Zv_ShearBitmap(&s.bitmap, -1500, 0, RGB(1, 2, 3)); }},
+    {"quarter turn", [](Subjects& s) { return Zv_RotateBitmap(&s.bitmap, 90, ROTATE_RESIZE, 0); }},
+    {"half turn", [](Subjects& s) { return Zv_RotateBitmap(&s.bitmap, 180, 0, 0); }},
+    {"rotate", [](Subjects& s) { return Zv_RotateBitmapFine(&s.bitmap, 1234, ROTATE_RESIZE | ROTATE_RESAMPLE, 0); }},
+    {"turn as seen", [](Subjects& s) { return Zv_RotateBitmapViewPerspective(&s.bitmap, 90); }},
+};
+
+}  // namespace
+
+Subjects::Subjects(int bits, int memoryType) : bitmap(37, 11, bits, memoryType) {
+  std::mt19937 random(3);
+  fillWithNoise(bitmap, random);
+  if (bits <= 8) giveRandomPalette(bitmap, random);
+  Zv_SetBitmapRgnRect(&bitmap, nullptr, &shape, CombineSet);
+}
+
+std::span<const Operation> operations() {
+  return table;
+}
+
+}  // namespace zavotest
