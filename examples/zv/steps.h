@@ -2,6 +2,7 @@
 // line. A family of steps is one file with a table of its options.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <span>
 #include <string>
@@ -44,7 +45,13 @@ class StepList {
   [[nodiscard]] Kind* last() const {
     return steps_.empty() ? nullptr : dynamic_cast<Kind*>(steps_.back().get());
   }
-  /// The same, for an option that makes sense only right after such a step.
+  /// A step of this kind is in the list.
+  template <typename Kind>
+  [[nodiscard]] bool any() const {
+    return std::any_of(steps_.begin(), steps_.end(),
+                       [](const auto& step) { return dynamic_cast<Kind*>(step.get()) != nullptr; });
+  }
+  /// As last(), for an option that makes sense only right after such a step.
   template <typename Kind>
   [[nodiscard]] Kind& refined(const std::string& option, const std::string& what) const {
     Kind* step = last<Kind>();

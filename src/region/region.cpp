@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "region/run_builder.h"
+#include "region/region_builder.h"
 #include "region/run_operations.h"
 
 namespace zavo {
@@ -95,7 +95,7 @@ int copyMoved(OwnedRegion& copy, const BitmapRegion& region, int rowOffset, int 
 }
 
 int makeRectRegion(OwnedRegion& region, const RECT& rect) {
-  RunBuilder builder;
+  RegionBuilder builder;
   if (const int status = builder.start(rect); status != KSUCCESS) return status;
   for (int y = rect.top; y < rect.bottom; ++y) {
     builder.addRun(rect.left, rect.right);

@@ -15,7 +15,7 @@
 #include "core/packed_pixels.h"
 #include "core/rows.h"
 #include "region/combine_shape.h"
-#include "region/run_builder.h"
+#include "region/region_builder.h"
 
 namespace zavo {
 namespace {
@@ -142,7 +142,7 @@ bool planSearch(Search& search, const BitmapHandle& bitmap, COLORREF color) {
   return findIndex(search.value, bitmap, color);
 }
 
-void addRuns(RunBuilder& builder, const uint32_t* matches, unsigned width) {
+void addRuns(RegionBuilder& builder, const uint32_t* matches, unsigned width) {
   uint32_t carried = 0;
   unsigned start = 0;
   bool open = false;
@@ -177,7 +177,7 @@ int makeColorRegion(OwnedRegion& region, BitmapHandle& bitmap, COLORREF color) {
   const BitmapLock lock(bitmap);
   RowReader reader(bitmap);
   if (const int status = reader.open(); status != KSUCCESS) return status;
-  RunBuilder builder;
+  RegionBuilder builder;
   if (const int status = builder.start(bitmapRect(bitmap)); status != KSUCCESS) return status;
   for (int y = 0; y < bitmap.Height; ++y) {
     const uint8_t* row = reader.row(static_cast<unsigned>(y));

@@ -10,8 +10,8 @@
 #include "core/module.h"
 #include "core/owners.h"
 #include "region/display_transform.h"
+#include "region/region_builder.h"
 #include "region/region_handle.h"
-#include "region/run_builder.h"
 
 namespace zavo {
 namespace {
@@ -25,7 +25,7 @@ int buildDisplayRuns(OwnedRegion& runs, const BitmapRegion& region, const Displa
   OwnedRegion turned;
   const BitmapRegion* const source = transform.inFrame(turned, region);
   if (source == nullptr) return KERR_NO_MEMORY;
-  RunBuilder builder;
+  RegionBuilder builder;
   const RECT area = {0, 0, bounds.right - bounds.left, bounds.bottom - bounds.top};
   if (const int status = builder.start(area); status != KSUCCESS) return status;
 

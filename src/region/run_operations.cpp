@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "region/run_builder.h"
+#include "region/region_builder.h"
 
 namespace zavo {
 namespace {
@@ -37,7 +37,7 @@ class EdgeWalk {
   unsigned inside_ = 0;
 };
 
-void combineRow(RunBuilder& builder, Segments first, Segments second, unsigned truth, int left, int right) {
+void combineRow(RegionBuilder& builder, Segments first, Segments second, unsigned truth, int left, int right) {
   EdgeWalk a(first, left, right);
   EdgeWalk b(second, left, right);
   int start = left;
@@ -85,7 +85,7 @@ int combineRuns(OwnedRegion& result, const BitmapRegion* first, const BitmapRegi
   const auto truth = static_cast<unsigned>(operation);
 
   const RECT area = intersection(reach(a.bounds, b.bounds, operation), clip);
-  RunBuilder builder;
+  RegionBuilder builder;
   if (const int status = builder.start(area); status != KSUCCESS) return status;
   for (int y = area.top; y < area.bottom; ++y) {
     combineRow(builder, regionRow(a, y), regionRow(b, y), truth, area.left, area.right);

@@ -6,8 +6,8 @@
 
 #include "core/perspective.h"
 #include "region/display_transform.h"
+#include "region/region_builder.h"
 #include "region/region_transform.h"
-#include "region/run_builder.h"
 
 namespace zavo {
 namespace {
@@ -65,7 +65,7 @@ class ScaledBuilder {
 
   // The bounds of a scaled shape are its scaled bounds, unless it had to be cut.
   [[nodiscard]] int finish(OwnedRegion& region) {
-    return builder_.finish(region, whole_ ? RunBuilder::Bounds::asStarted : RunBuilder::Bounds::ofRuns);
+    return builder_.finish(region, whole_ ? RegionBuilder::Bounds::asStarted : RegionBuilder::Bounds::ofRuns);
   }
 
  private:
@@ -76,7 +76,7 @@ class ScaledBuilder {
   int64_t mapY(int edge) const { return mapped(edge, scale_.yOffset, scale_.yNumerator, scale_.yDenominator); }
 
   ShapeScale scale_;
-  RunBuilder builder_;
+  RegionBuilder builder_;
   RECT area_ = {};  // of the frame, where the shape can have pixels
   bool vanished_ = false;
   bool whole_ = false;

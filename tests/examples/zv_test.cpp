@@ -1,67 +1,9 @@
 // The program itself: exit codes, messages, and what convert does with its options.
 #include <fstream>
-#include <gtest/gtest.h>
-#include <iterator>
-#include <objbase.h>
-#include <wincodec.h>
-#include <windows.h>
 
-#include "picture_files.h"
+#include "zv_fixture.h"
 
 namespace {
-
-const FrameFormat sample = {"png 24", GUID_ContainerFormatPng, GUID_WICPixelFormat24bppBGR, 24, false};
-
-struct RunResult {
-  DWORD exitCode;
-  std::string output;  /// What went to stdout and stderr.
-};
-
-std::string readText(const std::string& path) {
-  std::ifstream stream(path);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-class Zv : public testing::Test {
- protected:
-  void SetUp() override {
-    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    writeSample(sample, file("in.png"), 96, 96);
-    CoUninitialize();
-  }
-
-  std::string file(const std::string& name) const { return directory.file(name); }
-
-  /// Runs zv in the temporary directory.
-  RunResult run(const std::string& arguments) const {
-    char program[MAX_PATH];
-    GetModuleFileNameA(nullptr, program, MAX_PATH);
-    const std::string folder = std::string(program).substr(0, std::string(program).find_last_of('\\') + 1);
-    std::string line = "\"" + folder + "zv.exe\" " + arguments;
-
-    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-    const HANDLE log = CreateFileA(file("log").c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
-                                   CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    STARTUPINFOA startup{};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = startup.hStdError = log;
-    PROCESS_INFORMATION process{};
-    RunResult result{0xFFFFFFFF, ""};
-    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, file("").c_str(), &startup,
-                       &process)) {
-      WaitForSingleObject(process.hProcess, INFINITE);
-      GetExitCodeProcess(process.hProcess, &result.exitCode);
-      CloseHandle(process.hProcess);
-      CloseHandle(process.hThread);
-    }
-    CloseHandle(log);
-    result.output = readText(file("log"));
-    return result;
-  }
-
-  TemporaryDirectory directory;
-};
 
 TEST_F(Zv, SaysWhatIsWrongInOneLine) {
   std::ofstream(file("text.png")) << "no picture";

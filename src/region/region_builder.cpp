@@ -1,6 +1,6 @@
 // The run builder. A row is written straight behind the values stored before it: room for the longest possible row is
 // always there.
-#include "region/run_builder.h"
+#include "region/region_builder.h"
 
 #include <algorithm>
 #include <cstring>
@@ -13,7 +13,7 @@ constexpr uint64_t stepBytes = 16384;
 
 }  // namespace
 
-int RunBuilder::start(const RECT& area) {
+int RegionBuilder::start(const RECT& area) {
   area_ = area;
   bounds_ = {};
   anyRuns_ = false;
@@ -36,7 +36,7 @@ int RunBuilder::start(const RECT& area) {
   return KSUCCESS;
 }
 
-int RunBuilder::claimRow() {
+int RegionBuilder::claimRow() {
   used_ += count_;
   count_ = 0;
   if (used_ + rowLimit_ > capacity_) {
@@ -49,7 +49,7 @@ int RunBuilder::claimRow() {
   return KSUCCESS;
 }
 
-int RunBuilder::endRow(int y) {
+int RegionBuilder::endRow(int y) {
   lastOffset_ = used_;
   lastCount_ = count_;
   if (count_ == 0) return KSUCCESS;
@@ -66,13 +66,13 @@ int RunBuilder::endRow(int y) {
   return claimRow();
 }
 
-int RunBuilder::repeatRow(int y) {
+int RegionBuilder::repeatRow(int y) {
   memcpy(row_, values_.get() + lastOffset_, lastCount_ * sizeof(int));
   count_ = lastCount_;
   return endRow(y);
 }
 
-int RunBuilder::finish(OwnedRegion& region, Bounds bounds) {
+int RegionBuilder::finish(OwnedRegion& region, Bounds bounds) {
   OsBlock<BitmapRegion> object = OsBlock<BitmapRegion>::allocateZeroed(1);
   if (!object) return KERR_NO_MEMORY;
 

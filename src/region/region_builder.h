@@ -12,7 +12,7 @@ namespace zavo {
 
 // Rows and runs must lie in the rectangle the builder is started on; within a row, runs come in order of their starts.
 // Rows that are passed over are empty.
-class RunBuilder {
+class RegionBuilder {
  public:
   // What the bounds of the finished region are: those of its runs, or the whole rectangle.
   enum class Bounds { ofRuns, asStarted };
