@@ -4,8 +4,8 @@
 #include <charconv>
 #include <cstdint>
 
-#include "errors.h"
-#include "text.h"
+#include "common/errors.h"
+#include "common/text.h"
 
 namespace zv {
 

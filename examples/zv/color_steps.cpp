@@ -5,11 +5,11 @@
 #include <optional>
 #include <vector>
 
-#include "errors.h"
+#include "common/errors.h"
 #include "progress.h"
 #include "steps.h"
-#include "text.h"
-#include "wic.h"
+#include "common/text.h"
+#include "common/wic.h"
 
 namespace zv {
 

@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "command.h"
-#include "wic.h"
+#include "common/wic.h"
 
 namespace zv {
 

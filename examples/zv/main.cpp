@@ -9,9 +9,9 @@
 #include <windows.h>
 
 #include "command.h"
-#include "errors.h"
+#include "common/errors.h"
 #include "progress.h"
-#include "text.h"
+#include "common/text.h"
 
 namespace zv {
 

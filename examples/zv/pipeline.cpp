@@ -1,8 +1,8 @@
 #include "pipeline.h"
 
-#include "errors.h"
-#include "text.h"
-#include "wic.h"
+#include "common/errors.h"
+#include "common/text.h"
+#include "common/wic.h"
 
 namespace zv {
 

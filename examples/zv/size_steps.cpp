@@ -1,5 +1,5 @@
 // --size, and how it is done.
-#include "errors.h"
+#include "common/errors.h"
 #include "progress.h"
 #include "steps.h"
 

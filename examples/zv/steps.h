@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "arguments.h"
-#include "errors.h"
-#include "picture.h"
+#include "common/errors.h"
+#include "common/picture.h"
 
 namespace zv {
 

@@ -7,7 +7,7 @@
 #include <wincodec.h>
 #include <windows.h>
 
-#include "zv/wic.h"
+#include "common/wic.h"
 
 namespace {
 
