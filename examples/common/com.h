@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "errors.h"
+#include "common/errors.h"
 
 namespace zv {
 

@@ -1,9 +1,9 @@
-#include "dib.h"
+#include "common/dib.h"
 
 #include <cstdint>
 
-#include "errors.h"
-#include "text.h"
+#include "common/errors.h"
+#include "common/text.h"
 
 namespace zv {
 

@@ -6,7 +6,7 @@
 #include <vector>
 #include <windows.h>
 
-#include "picture.h"
+#include "common/picture.h"
 
 namespace zv {
 

@@ -1,7 +1,7 @@
-#include "picture.h"
+#include "common/picture.h"
 
-#include "errors.h"
-#include "text.h"
+#include "common/errors.h"
+#include "common/text.h"
 
 namespace zv {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "picture.h"
+#include "common/picture.h"
 
 namespace zv {
 

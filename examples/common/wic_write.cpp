@@ -5,10 +5,10 @@
 #include <wincodec.h>
 #include <windows.h>
 
-#include "com.h"
-#include "dib.h"
-#include "text.h"
-#include "wic.h"
+#include "common/com.h"
+#include "common/dib.h"
+#include "common/text.h"
+#include "common/wic.h"
 
 namespace zv {
 

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "common/errors.h"
-#include "progress.h"
-#include "steps.h"
 #include "common/text.h"
 #include "common/wic.h"
+#include "progress.h"
+#include "steps.h"
 
 namespace zv {
 

@@ -10,8 +10,8 @@
 
 #include "command.h"
 #include "common/errors.h"
-#include "progress.h"
 #include "common/text.h"
+#include "progress.h"
 
 namespace zv {
 

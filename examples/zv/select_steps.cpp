@@ -2,9 +2,9 @@
 // done with the selection. Coordinates are pixels of the picture as seen, from its upper left corner.
 #include <functional>
 
+#include "common/wic.h"
 #include "progress.h"
 #include "steps.h"
-#include "wic.h"
 
 namespace zv {
 
