@@ -1,4 +1,7 @@
 // Frames that are appended while they are still being loaded: their rows are marked as they arrive.
+#include <algorithm>
+#include <cstdint>
+
 #include "core/memory.h"
 #include "core/status.h"
 #include "playback/playback.h"
@@ -60,9 +63,10 @@ int ZAVO_CALL Zv_ValidatePlaybackLines(PlaybackHandle playback, int firstRow, in
   if (record == nullptr) return KERR_BAD_PARAMETER;
   const BitmapHandle* frame = lastFrame(*record);
   if (record->validating == 0 || frame == nullptr) return KSUCCESS;
-  const int64_t wantedEnd = int64_t{firstRow} + rowCount;
-  const int64_t end = wantedEnd < frame->Height ? wantedEnd : frame->Height;
-  for (int64_t row = firstRow > 0 ? firstRow : 0; row < end; ++row) markRow(*record, row);
+  // The application may have put a taller frame into its list since: the array has a byte a row.
+  const int64_t rowsKnown = GlobalSize(GlobalHandle(record->rowsValid));
+  const int64_t end = std::min({int64_t{firstRow} + rowCount, int64_t{frame->Height}, rowsKnown});
+  for (int64_t row = std::max(firstRow, 0); row < end && record->rowsMissing != 0; ++row) markRow(*record, row);
   if (record->rowsMissing == 0) endValidation(*record);
   return KSUCCESS;
 }

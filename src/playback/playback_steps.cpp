@@ -14,7 +14,13 @@ void render(PlaybackState& playback) {
     playback.state = PB_WAITLINES;
     return;
   }
-  if (BitmapHandle* frame = currentFrame(playback)) drawFrame(playback, *frame);
+  BitmapHandle* frame = currentFrame(playback);
+  if (frame == nullptr) {
+    // An animation that is still empty begins again, and must not step past the frame that is appended next.
+    playback.state = PB_END;
+    return;
+  }
+  drawFrame(playback, *frame);
   playback.state = PB_POSTRENDER;
 }
 
