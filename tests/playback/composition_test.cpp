@@ -86,6 +86,8 @@ BitmapHandle randomFrame(Random& random, const BitmapHandle& target) {
   if (likeTarget && bits <= 8) {
     DeleteObject(frame.Palette);
     frame.Palette = Zv_DupPalette(target.Palette);
+    const auto other = RGBQUAD{static_cast<BYTE>(random()), static_cast<BYTE>(random()), 0, 0};
+    if (oneIn(random, 3)) Zv_SetPaletteEntries(frame.Palette, frame.ColorCount - 1, 1, &other);
   }
   if (likeTarget && bits > 8) frame.ColorOrder = target.ColorOrder;
   frame.PlaybackTransparentColor = randomTransparentColor(frame, random);
@@ -208,7 +210,9 @@ TEST(Composition, EveryDisposalOnATargetStoredAnyWay) {
     EXPECT_EQ(sides(film.update()), stored.corner);
     EXPECT_EQ(Zv_ClearPlaybackUpdateRect(film.get()), KSUCCESS);
     EXPECT_EQ(sides(film.update()), (Sides{0, 0, 0, 0}));
+    const Ledger ledger;
     ASSERT_TRUE(film.stepTo(PB_RENDER));
+    EXPECT_FALSE(ledger.balanced()) << "what was kept is not needed any more";
     EXPECT_EQ(drawn(target), (Rows{"888888", "888888", "888888", "888888"})) << "what was under it is back";
     EXPECT_EQ(sides(film.update(true)), stored.corner);
     ASSERT_EQ(film.step(), unsigned{PB_POSTRENDER});
