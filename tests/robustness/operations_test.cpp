@@ -80,7 +80,6 @@ TEST(Operations, SurviveTheRefusalOfEveryResource) {
     RefusalRules rules{.survived = operation.survived, .leastPoints = 0};
     rules.survived.emplace_back("GlobalReAlloc");                    // memory that is too large is as good
     if (isLegacyHost()) rules.survived.emplace_back("GlobalAlloc");  // a temporary file is as good
-    if (isLegacyHost()) rules.survived.emplace_back("GlobalAlloc");  // a temporary file is as good
     for (const int bits : {1, 8, 24}) {
       for (const int memoryType : storageKinds(bits)) {
         if (bits == 24 && memoryType != ALLOC_MEMORY_ONLY) continue;

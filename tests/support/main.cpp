@@ -6,6 +6,7 @@
 #include <optional>
 #include <windows.h>
 
+#include "support/crash_note.h"
 #include "support/guard_pages.h"
 #include "support/platform_watch.h"
 
@@ -28,6 +29,7 @@ LONG WINAPI reportCrash(EXCEPTION_POINTERS* exception) {
   if (record.ExceptionCode == EXCEPTION_ILLEGAL_INSTRUCTION) {
     std::printf("crash: in the checked build, this is where undefined behaviour was met\n");
   }
+  if (zavotest::crashNote()[0] != '\0') std::printf("crash: %s\n", zavotest::crashNote());
   std::fflush(stdout);
   std::_Exit(3);
 }
