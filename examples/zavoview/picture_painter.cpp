@@ -1,0 +1,90 @@
+// A smooth copy is made once per scale, in a depth that has the colours in between, and kept. Very large ones are not
+// made: so far enlarged, exact pixels are what one wants to see.
+#include "picture_painter.h"
+
+namespace zavoview {
+
+namespace {
+
+constexpr long long largestCopy = 16'000'000;  // pixels
+
+SIZE sizeOf(const RECT& rect) {
+  return {rect.right - rect.left, rect.bottom - rect.top};
+}
+
+/// The painter of black-and-white pictures makes grey levels itself when the display mode says so.
+bool paintedAsGray(const zv::Picture& picture) {
+  return picture->BitsPerPixel == 1 && (Zv_GetDisplayMode() & (PAINT_GRAY_1BIT | PAINT_GRAY_1BIT_ALT)) != 0;
+}
+
+/// Painting can come in the middle of a longer operation, whose progress is not its own.
+class NoProgress {
+ public:
+  NoProgress() : callback_(Zv_SetStatusCallBack(nullptr)) {}
+  NoProgress(const NoProgress&) = delete;
+  NoProgress& operator=(const NoProgress&) = delete;
+  ~NoProgress() { Zv_SetStatusCallBack(callback_); }
+
+ private:
+  StatusCallback callback_;
+};
+
+/// Selects and realises the palette that the device needs for a picture, while it lives.
+class PaintPalette {
+ public:
+  PaintPalette(HDC dc, BitmapHandle* bitmap) : dc_(dc), palette_(Zv_CreatePaintPalette(dc, bitmap)) {
+    if (palette_ == nullptr) return;
+    previous_ = SelectPalette(dc_, palette_, FALSE);
+    RealizePalette(dc_);
+  }
+  PaintPalette(const PaintPalette&) = delete;
+  PaintPalette& operator=(const PaintPalette&) = delete;
+  ~PaintPalette() {
+    if (palette_ == nullptr) return;
+    SelectPalette(dc_, previous_, TRUE);
+    DeleteObject(palette_);
+  }
+
+ private:
+  HDC dc_;
+  HPALETTE palette_;
+  HPALETTE previous_ = nullptr;
+};
+
+}  // namespace
+
+void PicturePainter::paint(HDC dc, zv::Picture& picture, const RECT& place, const RECT& dirty) {
+  const SIZE size = sizeOf(place);
+  const bool scaled = size.cx != picture->Width || size.cy != picture->Height;
+  BitmapHandle* painted = picture.handle();
+  if (smooth && scaled && !paintedAsGray(picture) && makeCopy(picture, size)) painted = copy_.handle();
+  const PaintPalette palette(dc, painted);
+  Zv_PaintDC(dc, painted, nullptr, nullptr, &place, &dirty, SRCCOPY);
+}
+
+bool PicturePainter::makeCopy(zv::Picture& picture, SIZE size) {
+  if (static_cast<long long>(size.cx) * size.cy > largestCopy) return false;
+  if (copy_->Width == size.cx && copy_->Height == size.cy) return true;
+  const NoProgress quiet;
+  zv::Picture copy;
+  int status = KSUCCESS;
+  if (picture->BitsPerPixel <= 8) {
+    const int depth = Zv_IsGrayScaleBitmap(picture.handle()) != 0 ? 0 : 24;
+    status = Zv_ColorResBitmap(picture.handle(), copy.handle(), depth, COLORRES_BLUE_FIRST, nullptr, 0);
+  } else {
+    status = Zv_CopyBitmap(copy.handle(), picture.handle());
+  }
+  if (status != KSUCCESS) return false;
+  Zv_FreeBitmapRgn(copy.handle());
+  if (Zv_ResampleBitmap(copy.handle(), size.cx, size.cy) != KSUCCESS) return false;
+  copy_ = std::move(copy);
+  return true;
+}
+
+void paintOutline(HDC dc, zv::Picture& picture, const RECT& place, unsigned phase) {
+  const SIZE size = sizeOf(place);
+  const RegionXForm transform{0, size.cx, picture->Width, size.cy, picture->Height, place.left, place.top};
+  Zv_FrameBitmapRgn(dc, picture.handle(), &transform, phase);
+}
+
+}  // namespace zavoview
