@@ -32,15 +32,20 @@ ImageSize printedSize(const RECT& page, ImageSize picture, const PrintPlace& pla
   return {usable.width, MulDiv(usable.width, h, w)};
 }
 
-LONG endOf(int begin, int length) {
-  return static_cast<LONG>(std::min(int64_t{begin} + length, int64_t{INT32_MAX}));
+LONG clamped(int64_t position) {
+  return static_cast<LONG>(std::clamp(position, int64_t{INT32_MIN}, int64_t{INT32_MAX}));
+}
+
+// Where a side of the picture begins: as given, or 0 for the middle of the page.
+LONG beginOf(int given, LONG pageBegin, LONG pageEnd, int length) {
+  return given != 0 ? given : clamped(pageBegin + (int64_t{pageEnd} - pageBegin - length) / 2);
 }
 
 RECT placedRect(const RECT& page, ImageSize picture, const PrintPlace& place) {
-  const ImageSize size = printedSize(page, picture, place);
-  const int x = place.x != 0 ? place.x : page.left + (page.right - page.left - size.width) / 2;
-  const int y = place.y != 0 ? place.y : page.top + (page.bottom - page.top - size.height) / 2;
-  return {x, y, endOf(x, size.width), endOf(y, size.height)};
+  const auto [width, height] = printedSize(page, picture, place);
+  const LONG x = beginOf(place.x, page.left, page.right, width);
+  const LONG y = beginOf(place.y, page.top, page.bottom, height);
+  return {x, y, clamped(int64_t{x} + width), clamped(int64_t{y} + height)};
 }
 
 // The display mode for a printer: clustered dots where it prints black only, else the device's own rendering.
