@@ -1,4 +1,6 @@
 // Printing in one call of the printer's driver.
+#include <climits>
+
 #include "color/palettes.h"
 #include "core/owners.h"
 #include "core/perspective.h"
@@ -60,6 +62,8 @@ void describe(PrintInfo& info, const BitmapHandle& bitmap) {
 }
 
 void handToDriver(HDC printer, BitmapHandle& bitmap, const PrintPlace& place) {
+  // A size without a magnitude; the graphics interface divides by it.
+  if (place.width == INT_MIN || place.height == INT_MIN) return;
   PrintInfo info;
   describe(info, bitmap);
   const PaletteObject palette(bitmap.BitsPerPixel <= 8 ? Zv_CreatePaintPalette(printer, &bitmap) : nullptr);

@@ -103,19 +103,4 @@ void makeSeen(BitmapHandle& bitmap, const Picture& colors, int bits, int perspec
   Zv_UnlockBitmap(&bitmap, wasLocked);
 }
 
-Picture quarters(int width, int height) {
-  constexpr uint32_t white = 0xFFFFFF;
-  constexpr uint32_t ink = 0x000000;
-  Picture picture(width, height);
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      // White at the upper left and a smaller white bar at the lower right.
-      const bool upperLeft = x < width / 2 && y < height / 2;
-      const bool bar = x >= width * 3 / 4 && y >= height / 2;
-      picture.at(x, y) = upperLeft || bar ? white : ink;
-    }
-  }
-  return picture;
-}
-
 }  // namespace zavotest

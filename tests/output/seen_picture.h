@@ -19,8 +19,4 @@ Picture seenRegionOf(const BitmapHandle& bitmap);
 // picture, in the order they come up; the picture must not have more than fit.
 void makeSeen(BitmapHandle& bitmap, const Picture& colors, int bits, int perspective, int memoryType = ALLOC_MEMORY);
 
-// A small picture that looks different from every side: four quarters of two colours, the upper left one white.
-// With `gray` of grey levels.
-Picture quarters(int width, int height);
-
 }  // namespace zavotest
