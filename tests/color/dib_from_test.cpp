@@ -37,25 +37,25 @@ class FromDibDepths : public testing::TestWithParam<int> {};
 INSTANTIATE_TEST_SUITE_P(Depths, FromDibDepths, testing::Values(1, 4, 8, 16, 24, 32));
 
 TEST_P(FromDibDepths, PackedAndInPartsGiveTheSameRowsAndDifferInOrder) {
-  DibSpec spec;
-  spec.bits = GetParam();
+  DibSpec layout;
+  layout.bits = GetParam();
   for (const unsigned headerBytes : {12u, 40u, 108u}) {
-    for (spec.width = 1; spec.width <= 40; ++spec.width) {
+    for (layout.width = 1; layout.width <= 40; ++layout.width) {
       for (const int height : {3, -3}) {
         if (headerBytes == 12 && height < 0) continue;
-        SCOPED_TRACE(testing::Message() << "header of " << headerBytes << ", " << spec.width << " x " << height);
-        spec.headerBytes = headerBytes;
-        spec.height = height;
-        const Bytes dib = packedDib(spec, static_cast<unsigned>(spec.width));
-        const uint8_t* rows = dib.data() + dib.size() - spec.rowBytes() * 3;
+        SCOPED_TRACE(testing::Message() << "header of " << headerBytes << ", " << layout.width << " x " << height);
+        layout.headerBytes = headerBytes;
+        layout.height = height;
+        const Bytes dib = packedDib(layout, static_cast<unsigned>(layout.width));
+        const uint8_t* rows = dib.data() + dib.size() - layout.rowBytes() * 3;
 
         TestBitmap packed;
         ASSERT_EQ(Zv_ChangeFromDIB(&packed, globalCopy(dib)), KSUCCESS);
-        EXPECT_EQ(packed.Width, spec.width);
+        EXPECT_EQ(packed.Width, layout.width);
         EXPECT_EQ(packed.Height, 3);
-        EXPECT_EQ(packed.BitsPerPixel, spec.bits);
+        EXPECT_EQ(packed.BitsPerPixel, layout.bits);
         EXPECT_EQ(packed.ViewPerspective, height < 0 ? VIEW_UPRIGHT : VIEW_BOTTOM_UP);
-        EXPECT_EQ(packed.ColorOrder, spec.bits > 8 ? ORDER_BLUE_FIRST : ORDER_RED_FIRST);
+        EXPECT_EQ(packed.ColorOrder, layout.bits > 8 ? ORDER_BLUE_FIRST : ORDER_RED_FIRST);
         expectRows(packed, rows);
 
         TestBitmap parts;
@@ -77,12 +77,12 @@ TEST(FromDib, PaletteHasTheColoursUsedWithoutReservedBytes) {
                {40, 24, 7, 7}, {12, 1, 0, 2},  {12, 8, 0, 256}, {12, 24, 0, 0},  {64, 4, 12, 12}, {64, 4, 0, 16}};
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << "header of " << c.headerBytes << ", " << c.bits << " bits, " << c.used);
-    DibSpec spec;
-    spec.headerBytes = c.headerBytes;
-    spec.bits = c.bits;
-    spec.colorsUsed = c.used;
+    DibSpec layout;
+    layout.headerBytes = c.headerBytes;
+    layout.bits = c.bits;
+    layout.colorsUsed = c.used;
     TestBitmap bitmap;
-    ASSERT_EQ(Zv_ChangeFromDIB(&bitmap, globalCopy(packedDib(spec))), KSUCCESS);
+    ASSERT_EQ(Zv_ChangeFromDIB(&bitmap, globalCopy(packedDib(layout))), KSUCCESS);
     ASSERT_EQ(Zv_GetPaletteSize(bitmap.Palette), c.entries);
     RGBQUAD colors[256];
     ASSERT_EQ(Zv_GetPaletteEntries(bitmap.Palette, 0, c.entries, colors), c.entries);
@@ -98,11 +98,11 @@ TEST(FromDib, PaletteHasTheColoursUsedWithoutReservedBytes) {
 TEST(FromDib, InPartsThePaletteIsReadFortyBytesOnWhateverTheHeader) {
   for (const unsigned headerBytes : {12u, 40u, 64u}) {
     SCOPED_TRACE(headerBytes);
-    DibSpec spec;
-    spec.headerBytes = headerBytes;
-    spec.bits = 4;
-    spec.height = 30;
-    const Bytes dib = packedDib(spec);
+    DibSpec layout;
+    layout.headerBytes = headerBytes;
+    layout.bits = 4;
+    layout.height = 30;
+    const Bytes dib = packedDib(layout);
     TestBitmap bitmap;
     ASSERT_EQ(fromParts(&bitmap, dib.data(), dib.data() + dib.size() - 4 * 30), KSUCCESS);
     RGBQUAD colors[16];
@@ -124,11 +124,11 @@ TEST(FromDib, ResolutionIsRoundedAndTheScreensWhereThereIsNone) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.headerBytes << ": " << c.x << ", " << c.y);
-    DibSpec spec;
-    spec.headerBytes = c.headerBytes;
-    spec.xPixelsPerMetre = c.x;
-    spec.yPixelsPerMetre = c.y;
-    const Bytes dib = packedDib(spec);
+    DibSpec layout;
+    layout.headerBytes = c.headerBytes;
+    layout.xPixelsPerMetre = c.x;
+    layout.yPixelsPerMetre = c.y;
+    const Bytes dib = packedDib(layout);
     TestBitmap parts, packed;
     ASSERT_EQ(fromParts(&parts, dib.data(), dib.data()), KSUCCESS);
     ASSERT_EQ(Zv_ChangeFromDIB(&packed, globalCopy(dib)), KSUCCESS);
@@ -165,10 +165,10 @@ TEST(FromDib, MalformedHeadersAreRefused) {
   for (const int bits : {0, 2, 3, 5, 6, 7, 9, 15, 64}) {
     add("depth", [bits](DibSpec& s) { s.bits = bits; });
   }
-  for (const auto& [name, spec] : cases) {
-    SCOPED_TRACE(testing::Message() << name << ", " << spec.bits << " bits");
+  for (const auto& [name, layout] : cases) {
+    SCOPED_TRACE(testing::Message() << name << ", " << layout.bits << " bits");
     Bytes dib = packedDib(good);
-    const Bytes bad = dibHeader(spec);
+    const Bytes bad = dibHeader(layout);
     memcpy(dib.data(), bad.data(), bad.size());
     BitmapHandle bitmap;
     memset(&bitmap, 0x5A, sizeof bitmap);
@@ -184,16 +184,16 @@ TEST(FromDib, MalformedHeadersAreRefused) {
 
 TEST(FromDib, MemoryThatHoldsLessThanItClaimsIsRefused) {
   for (const unsigned headerBytes : {12u, 40u, 64u}) {
-    DibSpec spec;
-    spec.headerBytes = headerBytes;
-    const Bytes dib = packedDib(spec);
+    DibSpec layout;
+    layout.headerBytes = headerBytes;
+    const Bytes dib = packedDib(layout);
     for (const size_t bytes : {size_t{1}, size_t{4}, size_t{11}, size_t{headerBytes}, dib.size() / 2, dib.size() - 1}) {
       SCOPED_TRACE(testing::Message() << "header of " << headerBytes << ", " << bytes << " bytes");
       HGLOBAL memory = globalCopy(Bytes(dib.begin(), dib.begin() + static_cast<ptrdiff_t>(bytes)));
       BitmapHandle bitmap;
       EXPECT_EQ(Zv_ChangeFromDIB(&bitmap, memory), KERR_BAD_DIB);
       const auto* address = static_cast<const uint8_t*>(GlobalLock(memory));
-      const size_t rowsAt = dib.size() - spec.rowBytes() * 3;
+      const size_t rowsAt = dib.size() - layout.rowBytes() * 3;
       if (rowsAt <= bytes) {
         EXPECT_EQ(fromParts(&bitmap, address, address + rowsAt), KERR_BAD_DIB);
       }
@@ -215,11 +215,11 @@ TEST(FromDib, InPartsRowsThatRunIntoUnreadablePagesAreRefused) {
   auto* pages = static_cast<uint8_t*>(VirtualAlloc(nullptr, 3 * page, MEM_RESERVE, PAGE_NOACCESS));
   ASSERT_NE(VirtualAlloc(pages, 2 * page, MEM_COMMIT, PAGE_READWRITE), nullptr);
   uint8_t* end = pages + 2 * page;
-  DibSpec spec;
-  spec.width = 100;
-  spec.height = 50;
-  spec.colorsUsed = 200;
-  const Bytes dib = packedDib(spec);
+  DibSpec layout;
+  layout.width = 100;
+  layout.height = 50;
+  layout.colorsUsed = 200;
+  const Bytes dib = packedDib(layout);
   BitmapHandle refused;
   EXPECT_EQ(fromParts(&refused, dib.data(), end - 5000 + 1), KERR_BAD_DIB);
   EXPECT_EQ(fromParts(&refused, dib.data(), end), KERR_BAD_DIB);

@@ -39,24 +39,24 @@ void put(Bytes& bytes, T value) {
   bytes.insert(bytes.end(), raw, raw + sizeof value);
 }
 
-inline Bytes dibHeader(const DibSpec& spec) {
+inline Bytes dibHeader(const DibSpec& layout) {
   Bytes bytes;
-  put(bytes, spec.headerBytes);
-  if (spec.headerBytes == 12) {
-    for (const int value : {spec.width, spec.height, static_cast<int>(spec.planes), spec.bits}) {
+  put(bytes, layout.headerBytes);
+  if (layout.headerBytes == 12) {
+    for (const int value : {layout.width, layout.height, static_cast<int>(layout.planes), layout.bits}) {
       put(bytes, static_cast<uint16_t>(value));
     }
     return bytes;
   }
-  put(bytes, spec.width);
-  put(bytes, spec.height);
-  put(bytes, static_cast<uint16_t>(spec.planes));
-  put(bytes, static_cast<uint16_t>(spec.bits));
-  for (const unsigned value : {spec.compression, 0u, static_cast<unsigned>(spec.xPixelsPerMetre),
-                               static_cast<unsigned>(spec.yPixelsPerMetre), spec.colorsUsed, 0u}) {
+  put(bytes, layout.width);
+  put(bytes, layout.height);
+  put(bytes, static_cast<uint16_t>(layout.planes));
+  put(bytes, static_cast<uint16_t>(layout.bits));
+  for (const unsigned value : {layout.compression, 0u, static_cast<unsigned>(layout.xPixelsPerMetre),
+                               static_cast<unsigned>(layout.yPixelsPerMetre), layout.colorsUsed, 0u}) {
     put(bytes, value);
   }
-  bytes.resize(spec.headerBytes, 0xEE);
+  bytes.resize(layout.headerBytes, 0xEE);
   return bytes;
 }
 
@@ -66,14 +66,14 @@ inline uint8_t tableChannel(unsigned entry, unsigned which) {
 }
 
 // Header, colour table (reserved bytes 0x77) and random rows in one block.
-inline Bytes packedDib(const DibSpec& spec, unsigned seed = 1) {
-  Bytes bytes = dibHeader(spec);
-  for (unsigned i = 0; i < spec.colors(); ++i) {
+inline Bytes packedDib(const DibSpec& layout, unsigned seed = 1) {
+  Bytes bytes = dibHeader(layout);
+  for (unsigned i = 0; i < layout.colors(); ++i) {
     for (unsigned c = 0; c < 3; ++c) bytes.push_back(tableChannel(i, c));
-    if (spec.headerBytes != 12) bytes.push_back(0x77);
+    if (layout.headerBytes != 12) bytes.push_back(0x77);
   }
   std::mt19937 random(seed);
-  for (size_t i = 0; i < spec.rowBytes() * spec.rows(); ++i) bytes.push_back(static_cast<uint8_t>(random()));
+  for (size_t i = 0; i < layout.rowBytes() * layout.rows(); ++i) bytes.push_back(static_cast<uint8_t>(random()));
   return bytes;
 }
 

@@ -95,14 +95,14 @@ TEST_F(ClipboardPrograms, AnotherProgramReadsOurs) {
 }
 
 TEST_F(ClipboardPrograms, WeReadAnothersPicture) {
-  for (const DibSpec& spec :
+  for (const DibSpec& layout :
        {DibSpec{.width = 43, .height = 17, .bits = 24}, DibSpec{.width = 33, .height = 9, .bits = 8},
         DibSpec{.width = 31, .height = 5, .bits = 4}, DibSpec{.width = 13, .height = 21, .bits = 1}}) {
-    SCOPED_TRACE(testing::Message() << spec.bits << " bits");
-    const Bytes dib = packedDib(spec, 5);
+    SCOPED_TRACE(testing::Message() << layout.bits << " bits");
+    const Bytes dib = packedDib(layout, 5);
     BITMAPFILEHEADER header{};
     header.bfType = 0x4D42;
-    header.bfOffBits = fileHeaderBytes + 40 + spec.colors() * 4;
+    header.bfOffBits = fileHeaderBytes + 40 + layout.colors() * 4;
     header.bfSize = static_cast<DWORD>(fileHeaderBytes + dib.size());
     Bytes file;
     put(file, header);
@@ -117,7 +117,7 @@ TEST_F(ClipboardPrograms, WeReadAnothersPicture) {
     // The system hears of the new owner a moment later.
     for (const ULONGLONG start = GetTickCount64(); read == 0 && GetTickCount64() - start < 10000; Sleep(50)) {
       if (Zv_ClipboardReady() != 0) read = Zv_CopyFromClipboard(window, &bitmap);
-      if (read == 1 && bitmap.Width != spec.width) {
+      if (read == 1 && bitmap.Width != layout.width) {
         Zv_FreeBitmap(&bitmap);
         read = 0;
       }
