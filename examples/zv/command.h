@@ -17,5 +17,6 @@ struct Command {
 extern const Command infoCommand;
 extern const Command convertCommand;
 extern const Command regionCommand;
+extern const Command playCommand;
 
 }  // namespace zv

@@ -18,7 +18,7 @@ namespace zv {
 namespace {
 
 std::span<const Command* const> commands() {
-  static const Command* const all[] = {&infoCommand, &convertCommand, &regionCommand};
+  static const Command* const all[] = {&infoCommand, &convertCommand, &regionCommand, &playCommand};
   return all;
 }
 

@@ -30,6 +30,9 @@ TEST_F(Zv, SaysWhatIsWrongInOneLine) {
       {"convert in.png out.png --flip --resample", 2, "zv: --resample must follow --size or --rotate\n"},
       {"convert in.png out.png --bits 24 --palette fixed", 2, "zv: a palette needs --bits 1 to 8\n"},
       {"convert in.png out.png --colors 20 --bits 4", 2, "zv: 20 colours do not fit in 4 bits\n"},
+      {"play text.png out", 1, "zv: cannot read text.png: not a picture in a known format\n"},
+      {"play in.png out --frames 0", 2, "zv: --frames takes a number from 1 to 100000, not '0'\n"},
+      {"play in.png out --sheet 2", 2, "zv: cannot write out: the name must end in .png or .bmp\n"},
       {"convert in.png out.png --palette none.png", 1, "zv: cannot read none.png: no such file\n"},
   };
   for (const auto& expected : cases) {
@@ -102,6 +105,27 @@ TEST_F(Zv, TurnsPicturesAsSeen) {
                   picture.colors[static_cast<size_t>(y * picture.width + x)])
             << x << ", " << y;
       }
+    }
+  }
+}
+
+TEST_F(Zv, PlaysRoundAndRoundOntoASheet) {
+  const RunResult result = run("play in.png sheet.bmp --sheet 2 --frames 3");
+  EXPECT_EQ(0u, result.exitCode);
+  EXPECT_NE(std::string::npos, result.output.find("002  0 ms  37 x 11 at 0, 0, stays")) << result.output;
+  const BmpFile sheet = readBmp(file("sheet.bmp"));
+  constexpr int gap = 4;
+  ASSERT_EQ(2 * sampleWidth + gap, sheet.width);
+  ASSERT_EQ(2 * sampleHeight + gap, sheet.height);
+  for (int y = 0; y < sheet.height; y++) {
+    for (int x = 0; x < sheet.width; x++) {
+      const int column = x % (sampleWidth + gap);
+      const int row = y % (sampleHeight + gap);
+      const bool fourth = x >= sampleWidth && y >= sampleHeight;
+      const bool between = column >= sampleWidth || row >= sampleHeight || fourth;
+      ASSERT_EQ(between ? 0xFFFFFF : sampleColor(sample, column, row),
+                sheet.colors[static_cast<size_t>(y * sheet.width + x)])
+          << x << ", " << y;
     }
   }
 }
