@@ -1773,8 +1773,10 @@ ZAVO_API int ZAVO_CALL Zv_GrayScaleBitmap(BitmapHandle* bitmap);
 ZAVO_API int ZAVO_CALL Zv_HalfToneBitmap(BitmapHandle* bitmap, int type);
 
 /**
- * As Zv_HalfToneBitmap, with the screen turned.
- * @param angle  hundredths of a degree, any value; the screen turns the opposite way
+ * As Zv_HalfToneBitmap, with the screen turned: the cell for stored column x and row y is the one at column
+ * x * cos(-angle) - y * sin(-angle), row x * sin(-angle) + y * cos(-angle) of the endlessly repeated screen, rounded
+ * down, with sines and cosines in units of 1 / 16384 (Zv_SinValue).
+ * @param angle  hundredths of a degree, any value; whole turns change nothing
  */
 ZAVO_API int ZAVO_CALL Zv_HalfToneBitmapExt(BitmapHandle* bitmap, int type, int angle);
 
@@ -1809,8 +1811,8 @@ enum {
  * Combines a rectangle of one bitmap with another, in stored coordinates, clipped to both bitmaps and limited to the
  * destination's region and to the source's region, moved along. A source stored another way round is taken in the
  * destination's perspective, one of another depth, order or palette is converted. Up to 8 bits the bit operators work
- * on indexes; the operators on levels (COMBINE_ADD to COMBINE_MAXIMUM) need an 8-bit grey destination or 16 bits and
- * up, and leave the alpha alone.
+ * on indexes; the operators on levels (COMBINE_ADD to COMBINE_MAXIMUM) need an 8-bit grey destination, which they give
+ * the brightness of the source, or 16 bits and up, where they leave the alpha alone.
  * @param destination            the bitmap that is changed
  * @param left, top              where the rectangle goes, any value
  * @param width, height          its size in pixels, at least 0
@@ -1818,8 +1820,9 @@ enum {
  * @param sourceLeft, sourceTop  where the rectangle is taken from, any value
  * @param operation              one COMBINE_ value of each group, added up
  * @return KSUCCESS, also when nothing is left after clipping; KERR_BAD_BITMAP for a bitmap null or unallocated;
- *         KERR_BAD_PARAMETER for another operation or a negative size; KERR_BAD_BPP for an operator on levels at a
- * depth without them; KERR_NO_MEMORY; a row's code, the rows before it then done
+ *         KERR_BAD_PARAMETER for another operation or a negative size; KERR_BAD_BPP for an operator on levels and a
+ *         destination without them, whatever the rectangle; KERR_NO_MEMORY with nothing changed; a row's code, the
+ *         rows before it then done
  */
 ZAVO_API int ZAVO_CALL Zv_CombineBitmap(BitmapHandle* destination, int left, int top, int width, int height,
                                         BitmapHandle* source, int sourceLeft, int sourceTop, unsigned operation);
@@ -1837,7 +1840,8 @@ enum {
  * @param underlay  the other picture, of any depth; untouched
  * @param flags     an UNDERLAY_ value
  * @return KSUCCESS; KERR_BAD_BITMAP for a bitmap null or unallocated; KERR_BAD_PARAMETER for other flags;
- *         KERR_NO_MEMORY; a row's code; stretching: what the status callback returned
+ *         KERR_NO_MEMORY or, when stretching, what the status callback returned, with nothing changed; a row's code,
+ *         the rows before it then done
  */
 ZAVO_API int ZAVO_CALL Zv_UnderlayBitmap(BitmapHandle* bitmap, BitmapHandle* underlay, unsigned flags);
 
@@ -1846,7 +1850,7 @@ ZAVO_API int ZAVO_CALL Zv_UnderlayBitmap(BitmapHandle* bitmap, BitmapHandle* und
  * @param bitmap  of 16 or 32 bits
  * @param alpha   receives the new bitmap; what the record held is overwritten
  * @return KSUCCESS; KERR_BAD_BITMAP for a bitmap null or unallocated; KERR_BAD_PARAMETER for an alpha that is null or
- * the bitmap; KERR_BAD_BPP for other depths; KERR_NO_MEMORY; a row's code. On failure `alpha` is untouched.
+ *         the bitmap; KERR_BAD_BPP for other depths; KERR_NO_MEMORY; a row's code. On failure `alpha` is untouched.
  */
 ZAVO_API int ZAVO_CALL Zv_GetBitmapAlpha(BitmapHandle* bitmap, BitmapHandle* alpha);
 
@@ -1855,7 +1859,8 @@ ZAVO_API int ZAVO_CALL Zv_GetBitmapAlpha(BitmapHandle* bitmap, BitmapHandle* alp
  * @param bitmap  of 16 or 32 bits
  * @param alpha   a bitmap of any depth, seen in the same size
  * @return KSUCCESS; KERR_BAD_BITMAP for a bitmap null or unallocated; KERR_BAD_BPP for other depths of `bitmap`;
- *         KERR_BAD_PARAMETER for another size; KERR_NO_MEMORY; a row's code
+ *         KERR_BAD_PARAMETER for another size; KERR_NO_MEMORY with nothing changed; a row's code, the rows before it
+ *         then done
  */
 ZAVO_API int ZAVO_CALL Zv_SetBitmapAlpha(BitmapHandle* bitmap, BitmapHandle* alpha);
 

@@ -17,6 +17,11 @@ namespace zavo {
   return (bitmap.Flags & (BMF_MEMORY | BMF_RUNLENGTH)) == BMF_MEMORY && bitmap.Data != nullptr;
 }
 
+// Two records describe the same pixels, as copies of one record do.
+[[nodiscard]] inline bool sharesPixels(const BitmapHandle& a, const BitmapHandle& b) {
+  return a.StorageHandle == b.StorageHandle && (a.StorageHandle != nullptr || a.Data == b.Data);
+}
+
 // Address of a stored row; only for bitmaps with direct rows.
 [[nodiscard]] inline uint8_t* directRow(const BitmapHandle& bitmap, unsigned row) {
   return bitmap.Data + size_t{row} * bitmap.BytesPerLine;

@@ -32,7 +32,7 @@ int copyAlphaOut(BitmapHandle& alpha, BitmapHandle& bitmap) {
 // `alpha` may be of any depth: its brightness counts.
 int copyAlphaIn(BitmapHandle& bitmap, BitmapHandle& alpha) {
   RGBQUAD palette[256];
-  readPalette(alpha, palette);
+  readPaletteOrFixed(alpha, palette);
   RowConverter toLevels;
   const int order = alpha.ColorOrder == ORDER_BLUE_FIRST ? 1 : 0;
   if (const int status = toLevels.prepare(alpha.BitsPerPixel, 0, order, 0, palette, nullptr); status != KSUCCESS) {
@@ -75,6 +75,7 @@ int ZAVO_CALL Zv_GetBitmapAlpha(BitmapHandle* bitmap, BitmapHandle* alpha) {
       status != KSUCCESS) {
     return status;
   }
+  if (made->Palette == nullptr) return KERR_NO_MEMORY;
   made->XResolution = bitmap->XResolution;
   made->YResolution = bitmap->YResolution;
   if (const int status = copyAlphaOut(*made, *bitmap); status != KSUCCESS) return status;

@@ -38,6 +38,12 @@ struct CombineOperation {
   bool invertResult;
 };
 
+// The source goes to the destination as it is.
+[[nodiscard]] constexpr bool isPlainCopy(const CombineOperation& operation) {
+  return operation.op == CombineOperator::source && operation.sourceChange == OperandChange::none &&
+         !operation.invertResult;
+}
+
 // False for a code that means nothing.
 [[nodiscard]] bool parseCombineOperation(CombineOperation& operation, unsigned code);
 

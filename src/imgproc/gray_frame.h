@@ -8,6 +8,7 @@
 #include "color/palettes.h"
 #include "core/owners.h"
 #include "core/progress.h"
+#include "core/row_padding.h"
 #include "core/rows.h"
 #include "core/status.h"
 
@@ -19,7 +20,9 @@ class BrightnessReader {
   // KSUCCESS; KERR_BAD_BITMAP for a palette image whose palette is missing or short.
   [[nodiscard]] int prepare(const BitmapHandle& bitmap) {
     if (bitmap.BitsPerPixel < 16) {
-      if (bitmap.Palette == nullptr || readPalette(bitmap, palette_) != bitmap.ColorCount) return KERR_BAD_BITMAP;
+      const unsigned count = bitmap.ColorCount;
+      if (bitmap.Palette == nullptr || count > 256) return KERR_BAD_BITMAP;
+      if (readEntries(palette_, bitmap.Palette, 0, count) != count) return KERR_BAD_BITMAP;
     }
     const int order = bitmap.ColorOrder == ORDER_BLUE_FIRST ? ORDER_BLUE_FIRST : ORDER_RED_FIRST;
     return converter_.prepare(bitmap.BitsPerPixel, 0, order, ORDER_RED_FIRST, palette_, nullptr);
@@ -27,7 +30,7 @@ class BrightnessReader {
   void read(uint8_t* levels, const uint8_t* row, unsigned width) { converter_.convert(levels, row, width); }
 
  private:
-  RGBQUAD palette_[256];
+  RGBQUAD palette_[256] = {};
   RowConverter converter_;
 };
 
@@ -37,7 +40,7 @@ class BrightnessReader {
 // The bitmap's region moves to the target, which takes the bitmap's place.
 void takeOver(BitmapHandle& bitmap, OwnedBitmap& target);
 
-// Writes every row of the target by work(targetRow, bitmapRow, y).
+// Writes every row of the target by work(targetRow, bitmapRow, y), which leaves the row's padding alone.
 template <typename Work>
 [[nodiscard]] int convertRows(BitmapHandle& target, BitmapHandle& bitmap, Work work) {
   const BitmapLock bitmapLock(bitmap);
@@ -46,12 +49,16 @@ template <typename Work>
   RowWriter writer(target);
   if (const int status = reader.open(); status != KSUCCESS) return status;
   if (const int status = writer.open(); status != KSUCCESS) return status;
+  const auto width = static_cast<unsigned>(target.Width);
+  const auto targetBits = static_cast<unsigned>(target.BitsPerPixel);
   Progress progress(bitmap.Height);
   if (const int status = progress.begin(); status != KSUCCESS) return status;
   for (unsigned y = 0; y < static_cast<unsigned>(bitmap.Height); ++y) {
     const uint8_t* row = reader.row(y);
     if (row == nullptr) return reader.status();
-    work(writer.row(y), row, y);
+    uint8_t* targetRow = writer.row(y);
+    work(targetRow, row, y);
+    clearRowPadding(targetRow, width, targetBits);
     if (const int status = writer.commit(y); status != KSUCCESS) return status;
     if (const int status = progress.step(); status != KSUCCESS) return status;
   }

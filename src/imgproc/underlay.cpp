@@ -33,8 +33,8 @@ class TiledRows {
         pixelBytes_(bitmap.BitsPerPixel > 8 ? static_cast<unsigned>(bitmap.BitsPerPixel) / 8 : 1) {}
 
   [[nodiscard]] int open() {
-    readPalette(tile_, tilePalette_);
-    readPalette(bitmap_, bitmapPalette_);
+    readPaletteOrFixed(tile_, tilePalette_);
+    readPaletteOrFixed(bitmap_, bitmapPalette_);
     const int status = converter_.prepare(tile_.BitsPerPixel, bitmap_.BitsPerPixel, orderOf(tile_), orderOf(bitmap_),
                                           tilePalette_, bitmapPalette_);
     if (status != KSUCCESS) return status;
@@ -91,58 +91,79 @@ class TiledRows {
   int current_ = -1;
 };
 
-// Replaces the pixels from column `first` to before `last`; the alpha stays.
-void replace(uint8_t* row, const uint8_t* under, int bitsPerPixel, unsigned first, unsigned last) {
-  if (bitsPerPixel < 8) {
-    packFunction(bitsPerPixel)(row, under + first, first, last - first);
-    return;
-  }
-  const unsigned pixelBytes = static_cast<unsigned>(bitsPerPixel) / 8;
-  if (!hasAlpha(bitsPerPixel)) {
-    memcpy(row + size_t{first} * pixelBytes, under + size_t{first} * pixelBytes, (last - first) * pixelBytes);
-    return;
-  }
+// Work on the pixels of a row from column `first` to before `last`, `under` being what lies under the row.
+using PieceFunction = void (*)(uint8_t* row, const uint8_t* under, unsigned first, unsigned last);
+
+template <int bits>
+void replaceIndexes(uint8_t* row, const uint8_t* under, unsigned first, unsigned last) {
+  packFunction(bits)(row, under + first, first, last - first);
+}
+
+template <unsigned pixelBytes>
+void replacePixels(uint8_t* row, const uint8_t* under, unsigned first, unsigned last) {
+  memcpy(row + size_t{first} * pixelBytes, under + size_t{first} * pixelBytes, (last - first) * pixelBytes);
+}
+
+template <typename Pixel>
+void replaceColors(uint8_t* row, const uint8_t* under, unsigned first, unsigned last) {
+  putColors<Pixel>(row + first * sizeof(Pixel), under + first * sizeof(Pixel), last - first);
+}
+
+// Lets the underlay through where bit 15 is clear.
+void showThrough16(uint8_t* row, const uint8_t* under, unsigned first, unsigned last) {
   for (size_t x = first; x < last; ++x) {
-    if (bitsPerPixel == 32) {
-      memcpy(row + 4 * x, under + 4 * x, 3);
-    } else {
-      row[2 * x] = under[2 * x];
-      row[2 * x + 1] = static_cast<uint8_t>((row[2 * x + 1] & 0x80) | (under[2 * x + 1] & 0x7F));
-    }
+    const bool opaque = (row[2 * x + 1] & 0x80) != 0;
+    row[2 * x] = opaque ? row[2 * x] : under[2 * x];
+    row[2 * x + 1] = opaque ? row[2 * x + 1] : under[2 * x + 1] & 0x7F;
   }
 }
 
-// Lets the underlay through pixels that are not opaque.
-void showThrough(uint8_t* row, const uint8_t* under, int bitsPerPixel, unsigned first, unsigned last) {
-  for (unsigned x = first; x < last; ++x) {
-    if (bitsPerPixel == 16) {
-      if ((row[2 * x + 1] & 0x80) == 0) replace(row, under, bitsPerPixel, x, x + 1);
-      continue;
-    }
+// Lets the underlay through by what the fourth byte leaves of it; rounded to nearest.
+void showThrough32(uint8_t* row, const uint8_t* under, unsigned first, unsigned last) {
+  for (size_t x = first; x < last; ++x) {
     const unsigned alpha = row[4 * x + 3];
-    for (unsigned channel = 4 * x; channel < 4 * x + 3; ++channel) {
+    for (size_t channel = 4 * x; channel < 4 * x + 3; ++channel) {
       row[channel] = static_cast<uint8_t>((row[channel] * alpha + under[channel] * (255 - alpha) + 127) / 255);
     }
   }
 }
 
-void underlayRow(uint8_t* row, const uint8_t* under, const BitmapHandle& bitmap, int y) {
+// What a depth needs: pixels outside the region are replaced but for their alpha, those inside may be seen through.
+struct PieceFunctions {
+  PieceFunction replace;
+  PieceFunction showThrough;  // null for pixels without alpha
+};
+
+PieceFunctions pieceFunctions(int bitsPerPixel) {
+  static constexpr PieceFunction indexes[] = {replaceIndexes<1>, replaceIndexes<2>, replaceIndexes<3>,
+                                              replaceIndexes<4>, replaceIndexes<5>, replaceIndexes<6>,
+                                              replaceIndexes<7>, replacePixels<1>};
+  if (bitsPerPixel == 16) return {replaceColors<uint16_t>, showThrough16};
+  if (bitsPerPixel == 24) return {replacePixels<3>, nullptr};
+  if (bitsPerPixel == 32) return {replaceColors<uint32_t>, showThrough32};
+  return {indexes[bitsPerPixel - 1], nullptr};
+}
+
+void underlayRow(uint8_t* row, const uint8_t* under, const BitmapHandle& bitmap, int y,
+                 const PieceFunctions& functions) {
   const int whole[] = {0, bitmap.Width};
   const Segments shown = bitmap.Region != nullptr ? regionRow(*bitmap.Region, y) : Segments{whole, 2};
   unsigned outside = 0;
   for (unsigned i = 0; i < shown.count; i += 2) {
     const auto first = static_cast<unsigned>(shown.values[i]);
     const auto last = static_cast<unsigned>(shown.values[i + 1]);
-    replace(row, under, bitmap.BitsPerPixel, outside, first);
-    if (hasAlpha(bitmap.BitsPerPixel)) showThrough(row, under, bitmap.BitsPerPixel, first, last);
+    if (first > outside) functions.replace(row, under, outside, first);
+    if (functions.showThrough != nullptr) functions.showThrough(row, under, first, last);
     outside = last;
   }
-  replace(row, under, bitmap.BitsPerPixel, outside, static_cast<unsigned>(bitmap.Width));
+  const auto width = static_cast<unsigned>(bitmap.Width);
+  if (width > outside) functions.replace(row, under, outside, width);
 }
 
 int underlayRows(BitmapHandle& bitmap, BitmapHandle& tile) {
   const BitmapLock bitmapLock(bitmap);
   const BitmapLock tileLock(tile);
+  const PieceFunctions functions = pieceFunctions(bitmap.BitsPerPixel);
   TiledRows tiles(bitmap, tile);
   RowWriter writer(bitmap);
   if (const int status = tiles.open(); status != KSUCCESS) return status;
@@ -152,7 +173,7 @@ int underlayRows(BitmapHandle& bitmap, BitmapHandle& tile) {
     if (under == nullptr) return tiles.status();
     uint8_t* row = writer.edit(static_cast<unsigned>(y));
     if (row == nullptr) return writer.status();
-    underlayRow(row, under, bitmap, y);
+    underlayRow(row, under, bitmap, y, functions);
     if (const int status = writer.commit(static_cast<unsigned>(y)); status != KSUCCESS) return status;
   }
   return KSUCCESS;
@@ -174,7 +195,7 @@ int ZAVO_CALL Zv_UnderlayBitmap(BitmapHandle* bitmap, BitmapHandle* underlay, un
     if (status != KSUCCESS) return status;
   }
   const bool stretch = flags == UNDERLAY_STRETCH && (tile->Width != bitmap->Width || tile->Height != bitmap->Height);
-  if (tile == underlay && (stretch || underlay->Data == bitmap->Data)) {
+  if (tile == underlay && (stretch || sharesPixels(*underlay, *bitmap))) {
     tile = copy.get();
     if (const int status = Zv_CopyBitmap(tile, underlay); status != KSUCCESS) return status;
   }

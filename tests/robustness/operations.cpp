@@ -130,6 +130,41 @@ int reduce(Subjects& s, int bits, unsigned options) {
   return Zv_ColorResBitmap(&s.bitmap, nullptr, bits, options, nullptr, 0);
 }
 
+// Changes a copy, which is half-done after a failure and then of no interest.
+int changeCopy(Subjects& s, int (*change)(BitmapHandle* copy, BitmapHandle* from)) {
+  int status = Zv_CopyBitmap(&s.out, &s.bitmap);
+  if (status == KSUCCESS) status = change(&s.out, &s.bitmap);
+  if (status != KSUCCESS) Zv_FreeBitmap(&s.out);
+  return status;
+}
+
+int combine(Subjects& s) {
+  return changeCopy(s, [](BitmapHandle* copy, BitmapHandle* from) {
+    return Zv_CombineBitmap(copy, 1, 1, 30, 8, from, 3, 0, COMBINE_XOR | COMBINE_SOURCE_INVERTED);
+  });
+}
+
+int underlay(Subjects& s) {
+  return changeCopy(s, [](BitmapHandle* copy, BitmapHandle* from) {
+    TestBitmap small;
+    const int status = Zv_CopyBitmapRect(&small, from, 0, 0, 9, 5);
+    return status == KSUCCESS ? Zv_UnderlayBitmap(copy, &small, UNDERLAY_STRETCH) : status;
+  });
+}
+
+int alphaOut(Subjects& s) {
+  TestBitmap colors;
+  if (const int status = Zv_ColorResBitmap(&s.bitmap, &colors, 32, 0, nullptr, 0); status != KSUCCESS) return status;
+  return Zv_GetBitmapAlpha(&colors, &s.out);
+}
+
+int alphaIn(Subjects& s) {
+  if (const int status = Zv_ColorResBitmap(&s.bitmap, &s.out, 16, 0, nullptr, 0); status != KSUCCESS) return status;
+  const int status = Zv_SetBitmapAlpha(&s.out, &s.bitmap);
+  if (status != KSUCCESS) Zv_FreeBitmap(&s.out);
+  return status;
+}
+
 const Operation table[] = {
     {"duplicate",
      [](Subjects& s) { return Zv_DupBitmapNewDim(&s.out, &s.bitmap, 20, 9, s.bitmap.BitsPerPixel, duplicatesAll); },
@@ -186,6 +221,13 @@ const Operation table[] = {
     {"quarter turn", [](Subjects& s) { return Zv_RotateBitmap(&s.bitmap, 90, ROTATE_RESIZE, 0); }},
     {"half turn", [](Subjects& s) { return Zv_RotateBitmap(&s.bitmap, 180, 0, 0); }},
     {"rotate", [](Subjects& s) { return Zv_RotateBitmapFine(&s.bitmap, 1234, ROTATE_RESIZE | ROTATE_RESAMPLE, 0); }},
+    {"grey", [](Subjects& s) { return Zv_GrayScaleBitmap(&s.bitmap); }},
+    {"halftone", [](Subjects& s) { return Zv_HalfToneBitmap(&s.bitmap, HALFTONE_CLUSTERED); }},
+    {"turned halftone", [](Subjects& s) { return Zv_HalfToneBitmapExt(&s.bitmap, HALFTONE_DISPERSED, 1500); }},
+    {"combine", combine},
+    {"underlay", underlay},
+    {"alpha out", alphaOut},
+    {"alpha in", alphaIn},
     {"turn as seen", [](Subjects& s) { return Zv_RotateBitmapViewPerspective(&s.bitmap, 90); }},
 };
 
