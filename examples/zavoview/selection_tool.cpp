@@ -110,8 +110,10 @@ bool SelectionTool::finish() {
     return true;
   }
   select(shapeMode_, [&](BitmapHandle* bitmap, int combine) {
+    // Of an ellipse the system leaves out the last row and column of its box.
+    const RECT ellipse{rect.left, rect.top, rect.right + 1, rect.bottom + 1};
     if (tool_ == Tool::Ellipse)
-      Zv_SetBitmapRgnEllipse(bitmap, nullptr, &rect, combine);
+      Zv_SetBitmapRgnEllipse(bitmap, nullptr, &ellipse, combine);
     else
       Zv_SetBitmapRgnRect(bitmap, nullptr, &rect, combine);
   });

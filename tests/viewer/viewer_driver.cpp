@@ -1,0 +1,217 @@
+#include "viewer/viewer_driver.h"
+
+#include <zavo.h>
+
+#include <gtest/gtest.h>
+// These need the rest of windows.h first.
+#include <commctrl.h>
+#include <shlobj.h>
+
+#include "zavoview/resource.h"
+
+namespace {
+
+constexpr DWORD patience = 15000;  // milliseconds
+
+std::string narrow(const std::wstring& text) {
+  std::string result;
+  for (const wchar_t unit : text) result.push_back(static_cast<char>(unit));
+  return result;
+}
+
+std::string textOf(HWND window) {
+  wchar_t text[1024] = L"";
+  SendMessageW(window, WM_GETTEXT, std::size(text), reinterpret_cast<LPARAM>(text));
+  return narrow(text);
+}
+
+struct WindowQuestion {
+  DWORD process;
+  const wchar_t* className;
+  HWND found;
+};
+
+BOOL CALLBACK checkWindow(HWND window, LPARAM lParam) {
+  auto& question = *reinterpret_cast<WindowQuestion*>(lParam);
+  DWORD process = 0;
+  wchar_t name[64] = L"";
+  GetWindowThreadProcessId(window, &process);
+  GetClassNameW(window, name, static_cast<int>(std::size(name)));
+  if (process != question.process || lstrcmpW(name, question.className) != 0 || !IsWindowVisible(window)) return TRUE;
+  question.found = window;
+  return FALSE;
+}
+
+/// A visible top window of a process.
+HWND findWindow(DWORD process, const wchar_t* className) {
+  WindowQuestion question{process, className, nullptr};
+  EnumWindows(checkWindow, reinterpret_cast<LPARAM>(&question));
+  return question.found;
+}
+
+/// Memory of another process.
+class RemoteMemory {
+ public:
+  RemoteMemory(HANDLE process, size_t bytes)
+      : process_(process), address_(VirtualAllocEx(process, nullptr, bytes, MEM_COMMIT, PAGE_READWRITE)) {}
+  RemoteMemory(const RemoteMemory&) = delete;
+  RemoteMemory& operator=(const RemoteMemory&) = delete;
+  ~RemoteMemory() { VirtualFreeEx(process_, address_, 0, MEM_RELEASE); }
+  [[nodiscard]] void* address() const { return address_; }
+
+ private:
+  HANDLE process_;
+  void* address_;
+};
+
+LPARAM pointParameter(POINT point) {
+  return MAKELPARAM(point.x, point.y);
+}
+
+}  // namespace
+
+ViewerDriver::ViewerDriver(const std::string& arguments) {
+  char program[MAX_PATH];
+  GetModuleFileNameA(nullptr, program, MAX_PATH);
+  const std::string folder = std::string(program).substr(0, std::string(program).find_last_of('\\') + 1);
+  std::string line = "\"" + folder + "zavoview.exe\" " + arguments;
+  STARTUPINFOA startup{};
+  startup.cb = sizeof startup;
+  EXPECT_TRUE(CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process_));
+  EXPECT_TRUE(soon([this] { return (window_ = findWindow(process_.dwProcessId, L"ZavoviewWindow")) != nullptr; }));
+  WaitForInputIdle(process_.hProcess, patience);
+  SetWindowPos(window_, nullptr, 0, 0, 900, 600, SWP_NOZORDER);
+}
+
+ViewerDriver::~ViewerDriver() {
+  TerminateProcess(process_.hProcess, 1);
+  WaitForSingleObject(process_.hProcess, patience);
+  CloseHandle(process_.hProcess);
+  CloseHandle(process_.hThread);
+}
+
+HWND ViewerDriver::canvas() const {
+  return GetDlgItem(window_, IDC_CANVAS);
+}
+
+std::string ViewerDriver::title() const {
+  return textOf(window_);
+}
+
+std::string ViewerDriver::status(int part) const {
+  const RemoteMemory memory(process_.hProcess, 1024);
+  SendMessageW(GetDlgItem(window_, IDC_STATUS), SB_GETTEXTW, static_cast<WPARAM>(part),
+               reinterpret_cast<LPARAM>(memory.address()));
+  wchar_t text[512] = L"";
+  ReadProcessMemory(process_.hProcess, memory.address(), text, sizeof text - sizeof *text, nullptr);
+  return narrow(text);
+}
+
+HWND ViewerDriver::dialog() const {
+  HWND found = nullptr;
+  EXPECT_TRUE(soon([&] { return (found = findWindow(process_.dwProcessId, L"#32770")) != nullptr; })) << "no dialog";
+  return found;
+}
+
+HWND ViewerDriver::dialogOf(int commandId) const {
+  PostMessageW(window_, WM_COMMAND, static_cast<WPARAM>(commandId), 0);
+  return dialog();
+}
+
+void ViewerDriver::press(HWND dialog, int button) const {
+  PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(button), reinterpret_cast<LPARAM>(GetDlgItem(dialog, button)));
+  EXPECT_TRUE(soon([dialog] { return !IsWindow(dialog); })) << "the dialog stays";
+}
+
+std::string ViewerDriver::messageOf(HWND box) {
+  std::string result;
+  for (HWND child = GetWindow(box, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+    wchar_t name[16] = L"";
+    GetClassNameW(child, name, static_cast<int>(std::size(name)));
+    if (lstrcmpiW(name, L"Static") == 0) result += textOf(child);
+  }
+  return result;
+}
+
+void ViewerDriver::key(WPARAM key) const {
+  PostMessageW(canvas(), WM_KEYDOWN, key, 1);
+  PostMessageW(canvas(), WM_KEYUP, key, static_cast<LPARAM>(0xC0000001));
+}
+
+bool ViewerDriver::bringToFront() const {
+  SetForegroundWindow(window_);
+  return soon([this] { return GetForegroundWindow() == window_; });
+}
+
+void ViewerDriver::typeKey(BYTE key, std::initializer_list<BYTE> held) const {
+  for (const BYTE other : held) keybd_event(other, 0, 0, 0);
+  keybd_event(key, 0, 0, 0);
+  keybd_event(key, 0, KEYEVENTF_KEYUP, 0);
+  for (const BYTE other : held) keybd_event(other, 0, KEYEVENTF_KEYUP, 0);
+}
+
+void ViewerDriver::drag(POINT from, POINT to, WPARAM keys) const {
+  const POINT middle{(from.x + to.x) / 2, (from.y + to.y) / 2};
+  SendMessageW(canvas(), WM_LBUTTONDOWN, MK_LBUTTON | keys, pointParameter(from));
+  SendMessageW(canvas(), WM_MOUSEMOVE, MK_LBUTTON | keys, pointParameter(middle));
+  SendMessageW(canvas(), WM_MOUSEMOVE, MK_LBUTTON, pointParameter(to));
+  SendMessageW(canvas(), WM_LBUTTONUP, 0, pointParameter(to));
+}
+
+void ViewerDriver::click(POINT point, WPARAM keys) const {
+  SendMessageW(canvas(), WM_MOUSEMOVE, keys, pointParameter(point));
+  SendMessageW(canvas(), WM_LBUTTONDOWN, MK_LBUTTON | keys, pointParameter(point));
+  SendMessageW(canvas(), WM_LBUTTONUP, keys, pointParameter(point));
+}
+
+void ViewerDriver::doubleClick(POINT point) const {
+  click(point);
+  SendMessageW(canvas(), WM_LBUTTONDBLCLK, MK_LBUTTON, pointParameter(point));
+  SendMessageW(canvas(), WM_LBUTTONUP, 0, pointParameter(point));
+}
+
+void ViewerDriver::drop(const std::string& path) const {
+  std::string bytes(sizeof(DROPFILES), '\0');
+  DROPFILES header{};
+  header.pFiles = sizeof header;
+  memcpy(bytes.data(), &header, sizeof header);
+  bytes += path + std::string(2, '\0');
+  // The receiver frees it. Memory that is not moveable is its own handle.
+  void* const memory = VirtualAllocEx(process_.hProcess, nullptr, bytes.size(), MEM_COMMIT, PAGE_READWRITE);
+  WriteProcessMemory(process_.hProcess, memory, bytes.data(), bytes.size(), nullptr);
+  SendMessageW(window_, WM_DROPFILES, reinterpret_cast<WPARAM>(memory), 0);
+}
+
+ScreenPicture ViewerDriver::seen() const {
+  RECT rect;
+  GetClientRect(canvas(), &rect);
+  MapWindowPoints(canvas(), nullptr, reinterpret_cast<POINT*>(&rect), 2);
+  const int width = rect.right - rect.left;
+  const int height = rect.bottom - rect.top;
+  const HDC screen = GetDC(nullptr);
+  BitmapHandle bitmap{};
+  EXPECT_EQ(KSUCCESS, Zv_ScreenCaptureBitmap(screen, &bitmap, &rect));
+  ReleaseDC(nullptr, screen);
+  EXPECT_EQ(KSUCCESS, Zv_ChangeBitmapViewPerspective(nullptr, &bitmap, VIEW_UPRIGHT));
+  ScreenPicture picture{width, height, {}};
+  for (int y = 0; y < height; y++)
+    for (int x = 0; x < width; x++) picture.colors.push_back(Zv_GetPixelColor(&bitmap, y, x));
+  Zv_FreeBitmap(&bitmap);
+  return picture;
+}
+
+bool ViewerDriver::soon(const std::function<bool()>& holds) {
+  const DWORD start = GetTickCount();
+  while (!holds()) {
+    if (GetTickCount() - start > patience) return false;
+    Sleep(20);
+  }
+  return true;
+}
+
+DWORD ViewerDriver::exitCode() const {
+  DWORD code = STILL_ACTIVE;
+  WaitForSingleObject(process_.hProcess, patience);
+  GetExitCodeProcess(process_.hProcess, &code);
+  return code;
+}
