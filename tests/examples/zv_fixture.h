@@ -34,11 +34,14 @@ class Zv : public testing::Test {
   std::string file(const std::string& name) const { return directory.file(name); }
 
   /// Runs zv in the temporary directory.
-  RunResult run(const std::string& arguments) const {
+  RunResult run(const std::string& arguments) const { return runProgram("zv", arguments); }
+
+  /// The same for another of the sample programs.
+  RunResult runProgram(const std::string& name, const std::string& arguments) const {
     char program[MAX_PATH];
     GetModuleFileNameA(nullptr, program, MAX_PATH);
     const std::string folder = std::string(program).substr(0, std::string(program).find_last_of('\\') + 1);
-    std::string line = "\"" + folder + "zv.exe\" " + arguments;
+    std::string line = "\"" + folder + name + ".exe\" " + arguments;
 
     SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
     const HANDLE log = CreateFileA(file("log").c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
