@@ -605,6 +605,7 @@ ZAVO_API int ZAVO_CALL Zv_DestroyBitmapList(BitmapListHandle list);
 
 /**
  * Puts a bitmap into a list; the items from `index` on move up by one.
+ * @param list   the list
  * @param index  position of the new item; at or beyond the number of items appends
  * @param item   record to copy, now the list's; null puts in a record of zeros
  * @return KSUCCESS; KERR_BAD_PARAMETER; KERR_NO_MEMORY, the list then unchanged and the bitmap still the caller's
@@ -612,12 +613,16 @@ ZAVO_API int ZAVO_CALL Zv_DestroyBitmapList(BitmapListHandle list);
 ZAVO_API int ZAVO_CALL Zv_InsertBitmapListItem(BitmapListHandle list, unsigned index, const BitmapHandle* item);
 /**
  * Takes a bitmap out of a list without freeing it.
- * @param item  receives the record, which is the caller's again; null loses it
+ * @param list   the list
+ * @param index  the item's position
+ * @param item   receives the record, which is the caller's again; null loses it
  * @return KSUCCESS; KERR_BAD_PARAMETER, also for an index at or beyond the number of items
  */
 ZAVO_API int ZAVO_CALL Zv_RemoveBitmapListItem(BitmapListHandle list, unsigned index, BitmapHandle* item);
 /**
  * Takes items out of a list and frees them.
+ * @param list   the list
+ * @param index  position of the first
  * @param count  number of items; more than follow `index` means all of these
  * @return KSUCCESS; KERR_BAD_PARAMETER, also for an index at or beyond the number of items or a count of 0
  */
@@ -637,6 +642,8 @@ ZAVO_API int ZAVO_CALL Zv_SetBitmapListItem(BitmapListHandle list, unsigned inde
 /**
  * Makes a new list of full copies (Zv_CopyBitmap) of the items from `index` on.
  * @param destination  receives the new list; not written on failure
+ * @param list         the list
+ * @param index        position of the first item
  * @param count        number of items; more than follow `index` means all of these
  * @return KSUCCESS; KERR_BAD_PARAMETER, also for an index at or beyond the number of items, a count of 0, a null
  *         destination or an item without storage; KERR_NO_MEMORY; the code of Zv_CopyBitmap
@@ -678,12 +685,14 @@ ZAVO_API int ZAVO_CALL Zv_OsFree(void* address);
 
 /**
  * Creates or empties a file, shared for reading and writing.
+ * @param name        its path, in the system's code page
  * @param attributes  bit 0 makes a read-only file, opened for reading; bits 1 and 2 are hidden and system
  * @return a file handle, or -1
  */
 ZAVO_API int ZAVO_CALL Zv_OsCreat(const char* name, int attributes);
 /**
  * Opens a file.
+ * @param name             its path, in the system's code page
  * @param openFlags        bits 0-1: 0 read, 1 write, 2 or 3 both; 0x100 creates or empties, else 0x200 empties
  * @param permissionFlags  0x80 | 0x100 shares for reading and writing, 0x100 for reading, others not at all
  * @return a file handle, or -1
@@ -1714,6 +1723,7 @@ ZAVO_API int ZAVO_CALL Zv_RotateBitmap(BitmapHandle* bitmap, int degrees, unsign
 /**
  * Turns the seen picture clockwise by quarter turns, through ViewPerspective alone where the turned picture has a code
  * (pixels then do not move), else by moving pixels.
+ * @param bitmap   an allocated bitmap
  * @param degrees  a multiple of 90
  * @return KSUCCESS; KERR_BAD_BITMAP for null or unallocated; KERR_BAD_PARAMETER for another angle; as
  *         Zv_RotateBitmapFine when pixels move
