@@ -1155,10 +1155,16 @@ ZAVO_API int ZAVO_CALL Zv_PaintDC(HDC dc, BitmapHandle* bitmap, const RECT* sour
 
 /**
  * Paints rows that the caller holds; the bitmap's own storage is not read and need not exist.
- * @param bitmap    gives the rows' size, depth, palette and perspective
- * @param rows      the rows, BytesPerLine bytes each; untouched
- * @param firstRow  stored row that the first of them stands for
- * @param rowCount  their number; negative: that many run records of a 1-bit image
+ * @param dc               the device context
+ * @param bitmap           gives the rows' size, depth, palette and perspective
+ * @param source           as for Zv_PaintDC
+ * @param sourceClip       as for Zv_PaintDC
+ * @param destination      as for Zv_PaintDC
+ * @param destinationClip  as for Zv_PaintDC
+ * @param rop              raster operation
+ * @param rows             the rows, BytesPerLine bytes each; untouched
+ * @param firstRow         stored row that the first of them stands for
+ * @param rowCount         their number; negative: that many run records of a 1-bit image
  * @return as Zv_PaintDC; KERR_BAD_BITMAP for a null bitmap or null rows
  */
 ZAVO_API int ZAVO_CALL Zv_PaintDCBuffer(HDC dc, BitmapHandle* bitmap, const RECT* source, const RECT* sourceClip,
@@ -1180,6 +1186,8 @@ ZAVO_API int ZAVO_CALL Zv_GetPaintGamma(void);
 
 /**
  * Tells how a bitmap would be painted.
+ * @param dc          the device context
+ * @param bitmap      the bitmap
  * @param deviceBits  receives the device's depth brought down to 1, 4, 8 or 24; may be null
  * @param paintMode   receives 0 as stored, 1 widened, 2 dithered, 3 to 6 grey levels of a 1-bit image; may be null
  */
@@ -1786,7 +1794,9 @@ ZAVO_API int ZAVO_CALL Zv_HalfToneBitmap(BitmapHandle* bitmap, int type);
  * As Zv_HalfToneBitmap, with the screen turned: the cell for stored column x and row y is the one at column
  * x * cos(-angle) - y * sin(-angle), row x * sin(-angle) + y * cos(-angle) of the endlessly repeated screen, rounded
  * down, with sines and cosines in units of 1 / 16384 (Zv_SinValue).
- * @param angle  hundredths of a degree, any value; whole turns change nothing
+ * @param bitmap  as for Zv_HalfToneBitmap
+ * @param type    as for Zv_HalfToneBitmap
+ * @param angle   hundredths of a degree, any value; whole turns change nothing
  */
 ZAVO_API int ZAVO_CALL Zv_HalfToneBitmapExt(BitmapHandle* bitmap, int type, int angle);
 
@@ -1908,6 +1918,7 @@ ZAVO_API int ZAVO_CALL Zv_CreatePlayback(PlaybackHandle* playback, BitmapHandle*
 
 /**
  * Ends a playback.
+ * @param playback  the playback, which its handle names no longer
  * @param frames  receives the frame list, which is the caller's from now on; null leaves it to who holds it already
  * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle
  */
@@ -1916,6 +1927,7 @@ ZAVO_API int ZAVO_CALL Zv_DestroyPlayback(PlaybackHandle playback, BitmapListHan
 /**
  * Takes at most one step: draws, waits or disposes, as the state says. Call it again and again, repainting the update
  * rectangle in between. A frame that cannot be drawn is passed over.
+ * @param playback  the playback
  * @param state  receives the new PB_ state, may be null
  * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle
  */
@@ -1938,6 +1950,7 @@ ZAVO_API int ZAVO_CALL Zv_CancelPlaybackWait(PlaybackHandle playback);
 
 /**
  * Tells the part of the target that has changed since the update rectangle was emptied, in stored coordinates.
+ * @param playback  the playback
  * @param rect   receives it, may be null
  * @param clear  not 0: the rectangle is emptied
  * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle
@@ -1950,6 +1963,7 @@ ZAVO_API int ZAVO_CALL Zv_ClearPlaybackUpdateRect(PlaybackHandle playback);
 /**
  * Goes to a frame: every frame up to it is drawn and disposed without waiting, from a cleared target when the frame
  * has gone by already.
+ * @param playback  the playback
  * @param index  -1 to the number of frames
  * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle or index
  */
@@ -1958,6 +1972,7 @@ ZAVO_API int ZAVO_CALL Zv_SetPlaybackIndex(PlaybackHandle playback, int index);
 /**
  * Appends a frame that may still be loading: it is not drawn before all of its rows are reported by
  * Zv_ValidatePlaybackLines. A playback at its end goes on with it.
+ * @param playback  the playback
  * @param frame  the bitmap, which the list takes over
  * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle or a null frame; KERR_NO_MEMORY, the list then unchanged
  */
@@ -1965,6 +1980,7 @@ ZAVO_API int ZAVO_CALL Zv_AppendPlayback(PlaybackHandle playback, BitmapHandle* 
 
 /**
  * Reports rows of the last appended frame as loaded. Rows outside the frame are ignored, a row counts once.
+ * @param playback  the playback
  * @param firstRow  stored row
  * @param rowCount  rows from there on
  * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle
