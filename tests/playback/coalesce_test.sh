@@ -29,6 +29,7 @@ for disposal in none previous background undefined background previous; do
     -draw 'circle 10,15 10,3' -fill black -draw 'rectangle 3,12 8,29'
 done
 add disposals "${frames[@]}" -loop 0
+add comments "${frames[@]}" -set comment "a block before every frame"
 
 # The first frame does not cover the picture, and is taken away again; a later one reaches over the edges. What a first
 # frame leaves free is transparent to the other player only if the frame has a transparent colour itself.
@@ -102,5 +103,5 @@ for film in "${!films[@]}"; do
   fi
   echo "$film.gif: ${#wanted[@]} pictures compared"
 done
-[ ${#films[@]} = 10 ] || complain "${#films[@]} animations made, not 10"
+[ ${#films[@]} = 11 ] || complain "${#films[@]} animations made, not 11"
 exit $((differences != 0))
