@@ -256,6 +256,7 @@ TEST(Composition, TransparentColoursByIndexAndByColour) {
 
 TEST(Composition, TheFramesOwnRegionIsWhatItWasAfterwards) {
   TestBitmap target(5, 1, 8);
+  ASSERT_EQ(Zv_ClearBitmap(&target), KSUCCESS);
   BitmapHandle frame = drawnFrame({"35537"}, 0, 0);
   frame.PlaybackTransparentColor = 0x01000005;
   frame.PlaybackDisposal = 2;

@@ -289,6 +289,23 @@ TEST(Appending, AnEmptyAnimationLosesNoFrame) {
   }
 }
 
+// Only where storage is locked for access at all: in global memory.
+TEST(Appending, TheListHoldsItsFrameUnlocked) {
+  TestBitmap target(4, 4, 8);
+  BitmapListHandle list = nullptr;
+  PlaybackHandle playback = nullptr;
+  ASSERT_EQ(Zv_CreateBitmapList(&list), KSUCCESS);
+  ASSERT_EQ(Zv_CreatePlayback(&playback, &target, list), KSUCCESS);
+  BitmapHandle frame = zavotest::makeFrame(2, 2, 8);
+  Zv_LockBitmap(&frame);
+  EXPECT_EQ(Zv_AppendPlayback(playback, &frame), KSUCCESS);
+  BitmapHandle item{};
+  EXPECT_EQ(Zv_GetBitmapListItem(list, 0, &item), KSUCCESS);
+  EXPECT_EQ(item.Flags & BMF_LOCKED, 0u);
+  EXPECT_EQ(Zv_DestroyPlayback(playback, nullptr), KSUCCESS);
+  EXPECT_EQ(Zv_DestroyBitmapList(list), KSUCCESS);
+}
+
 TEST(Appending, SurvivesATallerFrameInTheList) {
   TestBitmap target(4, 4, 8);
   BitmapListHandle list = nullptr;
