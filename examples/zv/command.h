@@ -18,5 +18,9 @@ extern const Command infoCommand;
 extern const Command convertCommand;
 extern const Command regionCommand;
 extern const Command playCommand;
+extern const Command printCommand;
+extern const Command copyCommand;
+extern const Command pasteCommand;
+extern const Command captureCommand;
 
 }  // namespace zv

@@ -18,7 +18,8 @@ namespace zv {
 namespace {
 
 std::span<const Command* const> commands() {
-  static const Command* const all[] = {&infoCommand, &convertCommand, &regionCommand, &playCommand};
+  static const Command* const all[] = {&infoCommand,  &convertCommand, &regionCommand, &playCommand,
+                                       &printCommand, &copyCommand,    &pasteCommand,  &captureCommand};
   return all;
 }
 

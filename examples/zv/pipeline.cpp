@@ -25,13 +25,21 @@ std::string stepHelp(StepFamilies families) {
   return help;
 }
 
+StepList takeSteps(Arguments& arguments, StepFamilies families, const std::string& command,
+                   const std::function<bool(const std::string& option)>& other) {
+  StepList steps;
+  for (std::string name = arguments.takeOption(); !name.empty(); name = arguments.takeOption()) {
+    if (other != nullptr && other(name)) continue;
+    findOption(families, name, command).parse(steps, arguments, name);
+  }
+  arguments.finish();
+  return steps;
+}
+
 void runSteps(Arguments& arguments, StepFamilies families, const std::string& command) {
   const std::string input = arguments.takeOperand("the picture to read");
   const std::string output = arguments.takeOperand("the file to write");
-  StepList steps;
-  for (std::string name = arguments.takeOption(); !name.empty(); name = arguments.takeOption())
-    findOption(families, name, command).parse(steps, arguments, name);
-  arguments.finish();
+  const StepList steps = takeSteps(arguments, families, command);
   outputFormat(output);
 
   PictureFile file = readPicture(input);
