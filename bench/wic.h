@@ -1,4 +1,4 @@
-// The imaging component of Windows as a peer: conversions between pixel formats.
+// The imaging component of Windows as a peer: conversions between pixel formats, sizes, turns.
 #pragma once
 
 #include <wincodec.h>
@@ -26,6 +26,23 @@ class WicConversion {
   IWICPalette* palette_ = nullptr;
   GUID to_;
   WICBitmapDitherType dither_;
+};
+
+// A bitmap of up to 24 bits as a source of scaled and turned pictures.
+class WicSource {
+ public:
+  WicSource(const Bitmap& source, const GUID& format);
+  WicSource(const WicSource&) = delete;
+  WicSource& operator=(const WicSource&) = delete;
+  ~WicSource();
+
+  // To the size of the destination. False when the component cannot.
+  bool scale(Bitmap& destination, WICBitmapInterpolationMode mode) const;
+  bool turn(Bitmap& destination, WICBitmapTransformOptions options) const;
+
+ private:
+  IWICImagingFactory* factory_ = nullptr;
+  IWICBitmap* bitmap_ = nullptr;
 };
 
 }  // namespace bench
