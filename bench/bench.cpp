@@ -5,6 +5,8 @@
 #include <cstring>
 #include <windows.h>
 
+#include "peak_memory.h"
+
 namespace bench {
 namespace {
 
@@ -19,25 +21,34 @@ struct Times {
   double best, median;  // seconds
 };
 
-double timeOf(const std::function<void()>& run, unsigned repeats) {
-  const double start = now();
-  for (unsigned i = 0; i < repeats; ++i) run();
-  return (now() - start) / repeats;
+using Work = std::function<void()>;
+
+double timeOf(const Work& prepare, const Work& run, unsigned repeats) {
+  if (!prepare) {
+    const double start = now();
+    for (unsigned i = 0; i < repeats; ++i) run();
+    return (now() - start) / repeats;
+  }
+  double seconds = 0;
+  for (unsigned i = 0; i < repeats; ++i) {
+    prepare();
+    const double start = now();
+    run();
+    seconds += now() - start;
+  }
+  return seconds / repeats;
 }
 
 // Short runs are repeated until they take 2 ms; then at least 7 such are timed, and more until 0.4 s are over.
-Times measure(const std::function<void()>& run) {
+Times measure(const Work& run, const Work& prepare = {}) {
   unsigned repeats = 1;
-  while (timeOf(run, repeats) * repeats < 2e-3) repeats *= 2;
+  while (timeOf(prepare, run, repeats) * repeats < 2e-3) repeats *= 2;
   std::vector<double> times;
   const double start = now();
-  while (times.size() < 7 || (now() - start < 0.4 && times.size() < 200)) times.push_back(timeOf(run, repeats));
+  while (times.size() < 7 || (now() - start < 0.4 && times.size() < 200))
+    times.push_back(timeOf(prepare, run, repeats));
   std::sort(times.begin(), times.end());
   return {times.front(), times[times.size() / 2]};
-}
-
-std::string quoted(const std::string& text) {
-  return "\"" + text + "\"";
 }
 
 std::string formatted(const char* format, double value) {
@@ -46,12 +57,9 @@ std::string formatted(const char* format, double value) {
   return text;
 }
 
-std::string processor() {
-  char name[128] = "";
-  DWORD bytes = sizeof name;
-  RegGetValueA(HKEY_LOCAL_MACHINE, "HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", "ProcessorNameString",
-               RRF_RT_REG_SZ, nullptr, name, &bytes);
-  return name;
+Who whoIs(const std::string& contender) {
+  const bool system = contender.rfind("GDI", 0) == 0 || contender.rfind("WIC", 0) == 0;
+  return system ? Who::system : contender == "memset" ? Who::memory : Who::library;
 }
 
 }  // namespace
@@ -75,18 +83,19 @@ void Bench::compare(const std::string& operation, Size size, size_t resultBytes,
                     const std::vector<Contender>& contenders) {
   if (!wants(operation, size)) return;
   const double copy = memcpyNanoseconds(resultBytes);
-  print({operation, "memcpy of the result", size, copy / size.pixels(), copy / size.pixels(), 1});
+  print({operation, "memcpy of the result", Who::memory, size, copy / size.pixels(), copy / size.pixels(), 1, 0});
   for (const Contender& contender : contenders) {
-    contender.run();
+    if (contender.prepare) contender.prepare();
+    const size_t peak = peakGrowth(contender.run);
     const std::string fault = contender.verify();
     if (!fault.empty()) {
       printf("  %-52s wrong: %s\n", contender.name.c_str(), fault.c_str());
       allRight_ = false;
       continue;
     }
-    const Times times = measure(contender.run);
-    print({operation, contender.name, size, times.best * 1e9 / size.pixels(), times.median * 1e9 / size.pixels(),
-           times.best * 1e9 / copy});
+    const Times times = measure(contender.run, contender.prepare);
+    print({operation, contender.name, whoIs(contender.name), size, times.best * 1e9 / size.pixels(),
+           times.median * 1e9 / size.pixels(), times.best * 1e9 / copy, peak});
   }
 }
 
@@ -95,33 +104,21 @@ void Bench::emptyCall(const std::string& name, const std::function<void()>& run)
   const Times times = measure([&] {
     for (int i = 0; i < 1000; ++i) run();
   });
-  print({"empty call", name, {1, 1}, times.best * 1e6, times.median * 1e6, 0});
+  print({"empty call", name, Who::library, {1, 1}, times.best * 1e6, times.median * 1e6, 0, 0});
 }
 
 void Bench::print(const Result& result) {
   const std::string heading =
       result.operation + ", " + std::to_string(result.size.width) + " x " + std::to_string(result.size.height);
   if (heading != lastOperation_) {
-    printf("\n%-54s %9s %10s %10s\n", heading.c_str(), "x memcpy", "best ns/px", "median");
+    printf("\n%-54s %9s %10s %10s %8s\n", heading.c_str(), "x memcpy", "best ns/px", "median", "peak MB");
     lastOperation_ = heading;
   }
-  printf("  %-52s %9s %10.3f %10.3f\n", result.contender.c_str(),
-         result.memcpyRatio > 0 ? formatted("%.2f", result.memcpyRatio).c_str() : "", result.best, result.median);
+  printf("  %-52s %9s %10.3f %10.3f %8.1f\n", result.contender.c_str(),
+         result.memcpyRatio > 0 ? formatted("%.2f", result.memcpyRatio).c_str() : "", result.best, result.median,
+         double(result.peakBytes) / 1e6);
   fflush(stdout);
   results_.push_back(result);
-}
-
-std::string Bench::json(const std::string& commit) const {
-  std::string text = "{\n  \"processor\": " + quoted(processor()) + ",\n  \"compiler\": " + quoted("GCC " __VERSION__) +
-                     ",\n  \"commit\": " + quoted(commit) + ",\n  \"results\": [\n";
-  for (size_t i = 0; i < results_.size(); ++i) {
-    const Result& r = results_[i];
-    text += "    {\"operation\": " + quoted(r.operation) + ", \"width\": " + std::to_string(r.size.width) +
-            ", \"height\": " + std::to_string(r.size.height) + ", \"contender\": " + quoted(r.contender) +
-            formatted(", \"bestNsPerPixel\": %.4f", r.best) + formatted(", \"medianNsPerPixel\": %.4f", r.median) +
-            formatted(", \"timesMemcpy\": %.3f}", r.memcpyRatio) + (i + 1 < results_.size() ? ",\n" : "\n");
-  }
-  return text + "  ]\n}\n";
 }
 
 }  // namespace bench

@@ -25,14 +25,21 @@ struct Contender {
   std::function<void()> run;
   // Empty when the result of a run is right, else what is wrong with it. Asked before timing.
   std::function<std::string()> verify;
+  // Done before every run, outside the time that is measured; may be empty.
+  std::function<void()> prepare = {};
 };
+
+// Whose way it is.
+enum class Who { memory, library, system };
 
 struct Result {
   std::string operation;
   std::string contender;
+  Who who;
   Size size;
   double best, median;  // nanoseconds a pixel
   double memcpyRatio;   // best against the best memcpy of the result's bytes
+  size_t peakBytes;     // taken by a run beyond what was there before
 };
 
 class Bench {
@@ -52,8 +59,7 @@ class Bench {
   void emptyCall(const std::string& name, const std::function<void()>& run);
 
   [[nodiscard]] bool allRight() const { return allRight_; }
-  // Everything measured, as JSON. `commit` names what was built.
-  [[nodiscard]] std::string json(const std::string& commit) const;
+  [[nodiscard]] const std::vector<Result>& results() const { return results_; }
 
  private:
   double memcpyNanoseconds(size_t bytes);
@@ -72,5 +78,8 @@ void copying(Bench& bench);
 void conversion(Bench& bench);
 void dithering(Bench& bench);
 void colorReduction(Bench& bench);
+void processing(Bench& bench);
+void geometry(Bench& bench);
+void drawing(Bench& bench);
 
 }  // namespace bench

@@ -61,20 +61,20 @@ void regions(Bench& bench, Size size) {
   const RECT rect = {size.width / 4, size.height / 4, size.width, size.height};
   HRGN ellipse = nullptr;
   const size_t bytes = size_t(size.height) * 16;
-  bench.compare("region of an ellipse", size, bytes,
-                {{"Zv_SetBitmapRgnEllipse",
-                  [&] { Zv_SetBitmapRgnEllipse(&bitmap, nullptr, &oval, CombineSet); }, right},
-                 {"GDI CreateEllipticRgn",
-                  [&] {
-                    if (ellipse != nullptr) DeleteObject(ellipse);
-                    ellipse = CreateEllipticRgnIndirect(&oval);
-                  },
-                  right}});
+  bench.compare(
+      "region of an ellipse", size, bytes,
+      {{"Zv_SetBitmapRgnEllipse", [&] { Zv_SetBitmapRgnEllipse(&bitmap, nullptr, &oval, CombineSet); }, right},
+       {"GDI CreateEllipticRgn",
+        [&] {
+          if (ellipse != nullptr) DeleteObject(ellipse);
+          ellipse = CreateEllipticRgnIndirect(&oval);
+        },
+        right}});
   HRGN other = CreateRectRgnIndirect(&rect), result = CreateRectRgn(0, 0, 1, 1);
-  bench.compare("region, ellipse without a rectangle", size, bytes,
-                {{"Zv_SetBitmapRgnRect",
-                  [&] { Zv_SetBitmapRgnRect(&bitmap, nullptr, &rect, CombineAndNotRegion); }, right},
-                 {"GDI CombineRgn", [&] { CombineRgn(result, ellipse, other, RGN_DIFF); }, right}});
+  bench.compare(
+      "region, ellipse without a rectangle", size, bytes,
+      {{"Zv_SetBitmapRgnRect", [&] { Zv_SetBitmapRgnRect(&bitmap, nullptr, &rect, CombineAndNotRegion); }, right},
+       {"GDI CombineRgn", [&] { CombineRgn(result, ellipse, other, RGN_DIFF); }, right}});
   for (HRGN region : {ellipse, other, result}) {
     if (region != nullptr) DeleteObject(region);
   }

@@ -17,6 +17,7 @@ std::string right() {
 }
 
 void scaleTo(Bench& bench, Size size, int bits, Size target, const char* name) {
+  const Size larger = size.width > target.width ? size : target;
   Bitmap source(size, bits), result(target, bits);
   if (bits >= 8) paint(source);
   if (bits < 8) memset(source.Data, 0x5A, source.DataSize);
@@ -28,7 +29,7 @@ void scaleTo(Bench& bench, Size size, int bits, Size target, const char* name) {
     StretchBlt(to.dc(), 0, 0, target.width, target.height, from.dc(), 0, 0, size.width, size.height, SRCCOPY);
     GdiFlush();
   };
-  bench.compare("nearest pixels, " + depthName(bits) + name, size, result.DataSize,
+  bench.compare("nearest pixels, " + depthName(bits) + name, larger, result.DataSize,
                 {{"Zv_ResizeBitmap", [&] { Zv_ResizeBitmap(&source, &result); },
                   [&] { return bits >= 8 ? sameMean(source, result, 4) : right(); }},
                  {"GDI StretchBlt, COLORONCOLOR", [&] { stretch(COLORONCOLOR); }, right}});
@@ -46,10 +47,10 @@ void scaleTo(Bench& bench, Size size, int bits, Size target, const char* name) {
     const WicSource picture(source, GUID_WICPixelFormat24bppBGR);
     contenders.push_back({"WIC scaler, Fant", [&] { picture.scale(result, WICBitmapInterpolationModeFant); },
                           [&] { return sameMean(source, result, 4); }});
-    bench.compare("smooth, " + depthName(bits) + name, size, result.DataSize, contenders);
+    bench.compare("smooth, " + depthName(bits) + name, larger, result.DataSize, contenders);
     return;
   }
-  bench.compare("smooth, " + depthName(bits) + name, size, result.DataSize, contenders);
+  bench.compare("smooth, " + depthName(bits) + name, larger, result.DataSize, contenders);
 }
 
 void favorBlack(Bench& bench, Size size) {
@@ -74,17 +75,20 @@ void turnInPlace(Bench& bench, Size size, int bits) {
                            WICBitmapTransformOptions options) {
     std::vector<Contender> contenders = {{function, run, right}};
     if (bits == 24) {
-      contenders.push_back({"WIC flip and rotate", [&] { picture.turn(result, options); },
-                            [&] { return sameMean(source, result, 1); }});
+      contenders.push_back(
+          {"WIC flip and rotate", [&] { picture.turn(result, options); }, [&] { return sameMean(source, result, 1); }});
     }
     bench.compare(name + (", " + depthName(bits)), size, source.DataSize, contenders);
   };
   Bitmap work;
   Zv_CopyBitmap(&work, &source);
-  compare("flip", "Zv_FlipBitmap", [&] { Zv_FlipBitmap(&work); }, WICBitmapTransformFlipVertical);
-  compare("mirror", "Zv_ReverseBitmap", [&] { Zv_ReverseBitmap(&work); }, WICBitmapTransformFlipHorizontal);
-  compare("quarter turn", "Zv_RotateBitmap", [&] { Zv_RotateBitmap(&work, 90, ROTATE_RESIZE, 0); },
-          WICBitmapTransformRotate90);
+  compare(
+      "flip", "Zv_FlipBitmap", [&] { Zv_FlipBitmap(&work); }, WICBitmapTransformFlipVertical);
+  compare(
+      "mirror", "Zv_ReverseBitmap", [&] { Zv_ReverseBitmap(&work); }, WICBitmapTransformFlipHorizontal);
+  compare(
+      "quarter turn", "Zv_RotateBitmap", [&] { Zv_RotateBitmap(&work, 90, ROTATE_RESIZE, 0); },
+      WICBitmapTransformRotate90);
   const auto refresh = [&] {
     Zv_FreeBitmap(&work);
     Zv_CopyBitmap(&work, &source);

@@ -1,4 +1,4 @@
-// zavo_bench [FILTER] [--largest WIDTH] [--json FILE] [--commit NAME]
+// zavo_bench [FILTER] [--largest WIDTH] [--json FILE] [--report NAME] [--commit NAME]
 // Times the library beside memcpy and what a Windows program would call instead, in one process.
 #include <cstdio>
 #include <cstdlib>
@@ -7,9 +7,21 @@
 #include <windows.h>
 
 #include "bench.h"
+#include "report.h"
+
+namespace {
+
+bool write(const std::string& name, const std::string& text) {
+  FILE* file = fopen(name.c_str(), "wb");
+  if (file == nullptr) return false;
+  const bool written = fputs(text.c_str(), file) >= 0;
+  return fclose(file) == 0 && written;
+}
+
+}  // namespace
 
 int main(int count, char** arguments) {
-  std::string filter, file, commit = "unknown";
+  std::string filter, json, report, commit = "unknown";
   int largest = bench::largeSize.width;
   for (int i = 1; i < count; ++i) {
     const std::string argument = arguments[i];
@@ -17,11 +29,13 @@ int main(int count, char** arguments) {
     if (argument == "--largest" && hasValue) {
       largest = atoi(arguments[++i]);
     } else if (argument == "--json" && hasValue) {
-      file = arguments[++i];
+      json = arguments[++i];
+    } else if (argument == "--report" && hasValue) {
+      report = arguments[++i];
     } else if (argument == "--commit" && hasValue) {
       commit = arguments[++i];
     } else if (argument.rfind("--", 0) == 0) {
-      printf("usage: zavo_bench [FILTER] [--largest WIDTH] [--json FILE] [--commit NAME]\n");
+      printf("usage: zavo_bench [FILTER] [--largest WIDTH] [--json FILE] [--report NAME] [--commit NAME]\n");
       return 2;
     } else {
       filter = argument;
@@ -33,11 +47,13 @@ int main(int count, char** arguments) {
   bench::conversion(bench);
   bench::dithering(bench);
   bench::colorReduction(bench);
-  if (!file.empty()) {
-    if (FILE* json = fopen(file.c_str(), "w"); json != nullptr) {
-      fputs(bench.json(commit).c_str(), json);
-      fclose(json);
-    }
+  bench::processing(bench);
+  bench::geometry(bench);
+  bench::drawing(bench);
+  bool written = json.empty() || write(json, bench::json(bench.results(), commit));
+  if (!report.empty()) {
+    written = write(report + ".md", bench::markdown(bench.results(), commit)) && written;
+    written = write(report + ".dat", bench::chartData(bench.results())) && written;
   }
-  return bench.allRight() ? 0 : 1;
+  return bench.allRight() && written ? 0 : 1;
 }

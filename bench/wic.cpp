@@ -47,9 +47,8 @@ WicConversion::~WicConversion() {
 bool WicConversion::run(Bitmap& destination) {
   IWICFormatConverter* converter = nullptr;
   if (bitmap_ == nullptr || FAILED(factory_->CreateFormatConverter(&converter))) return false;
-  const bool done =
-      SUCCEEDED(converter->Initialize(bitmap_, to_, dither_, palette_, 0, WICBitmapPaletteTypeCustom)) &&
-      copyPixels(*converter, destination);
+  const bool done = SUCCEEDED(converter->Initialize(bitmap_, to_, dither_, palette_, 0, WICBitmapPaletteTypeCustom)) &&
+                    copyPixels(*converter, destination);
   converter->Release();
   return done;
 }
@@ -67,8 +66,7 @@ bool WicSource::scale(Bitmap& destination, WICBitmapInterpolationMode mode) cons
   IWICBitmapScaler* scaler = nullptr;
   if (bitmap_ == nullptr || FAILED(factory_->CreateBitmapScaler(&scaler))) return false;
   const auto width = static_cast<UINT>(destination.Width), height = static_cast<UINT>(destination.Height);
-  const bool done =
-      SUCCEEDED(scaler->Initialize(bitmap_, width, height, mode)) && copyPixels(*scaler, destination);
+  const bool done = SUCCEEDED(scaler->Initialize(bitmap_, width, height, mode)) && copyPixels(*scaler, destination);
   scaler->Release();
   return done;
 }
