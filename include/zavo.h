@@ -1949,7 +1949,8 @@ ZAVO_API int ZAVO_CALL Zv_GetPlaybackDelay(PlaybackHandle playback, unsigned* mi
 ZAVO_API int ZAVO_CALL Zv_CancelPlaybackWait(PlaybackHandle playback);
 
 /**
- * Tells the part of the target that has changed since the update rectangle was emptied, in stored coordinates.
+ * Tells the part of the target that has changed since the update rectangle was emptied, in stored coordinates. A frame
+ * counts by the bounds of its region, drawn and disposed of alike.
  * @param playback  the playback
  * @param rect   receives it, may be null
  * @param clear  not 0: the rectangle is emptied

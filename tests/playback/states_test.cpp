@@ -237,23 +237,6 @@ TEST(Appending, ShowsAFrameWhenAllItsRowsAreThere) {
   EXPECT_EQ(Zv_ValidatePlaybackLines(film.get(), 0, 19), KSUCCESS) << "late, and no matter";
 }
 
-TEST(Appending, EveryRowCountsOnceWhereverItComes) {
-  TestBitmap target(4, 40, 8);
-  for (int late = 0; late < 33; ++late) {
-    const Film film(target);
-    BitmapHandle frame = zavotest::makeFrame(2, 33, 8);
-    ASSERT_EQ(Zv_AppendPlayback(film.get(), &frame), KSUCCESS);
-    for (int row = 0; row < 33; ++row) {
-      if (row == late) continue;
-      ASSERT_EQ(Zv_ValidatePlaybackLines(film.get(), row, 1), KSUCCESS);
-      ASSERT_EQ(Zv_ValidatePlaybackLines(film.get(), 0, late), KSUCCESS);
-    }
-    ASSERT_EQ(steps(film, 4), (States{PB_POSTCLEAR, PB_RENDER, PB_WAITLINES, PB_WAITLINES})) << late;
-    ASSERT_EQ(Zv_ValidatePlaybackLines(film.get(), late, 1), KSUCCESS);
-    ASSERT_EQ(film.step(), unsigned{PB_POSTRENDER}) << late;
-  }
-}
-
 TEST(Appending, OnlyTheLastFrameIsWaitedFor) {
   TestBitmap target(4, 4, 8);
   const Film film(target);
