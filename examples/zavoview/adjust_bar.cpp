@@ -48,6 +48,8 @@ void AdjustBar::create(HWND parent) {
     SendDlgItemMessageW(window_, slider.control, TBM_SETRANGEMAX, FALSE, slider.range);
     SendDlgItemMessageW(window_, slider.control, TBM_SETLINESIZE, 0, slider.range / 100);
     SendDlgItemMessageW(window_, slider.control, TBM_SETPAGESIZE, 0, slider.range / 10);
+    // A position that stays the same does not move the thumb to where it is in the new range.
+    SendDlgItemMessageW(window_, slider.control, TBM_SETPOS, TRUE, slider.range);
   }
   reset();
 }

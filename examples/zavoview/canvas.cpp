@@ -99,6 +99,7 @@ void Canvas::changeZoom(const std::function<void(Zoom&, POINT)>& change, const P
   const SIZE view = zoom_.view();
   change(zoom_, anchor != nullptr ? *anchor : POINT{view.cx / 2, view.cy / 2});
   layout();
+  onZoom();
 }
 
 /// Scroll bars are there only when they are needed, and each takes room that can make the other needed.
@@ -146,16 +147,16 @@ void Canvas::paint() {
   const HDC screen = BeginPaint(window_, &work);
   if (!IsRectEmpty(&work.rcPaint)) {
     const BackBuffer buffer(screen, work.rcPaint);
-    drawContents(buffer.dc(), work.rcPaint);
+    drawContents(screen, buffer.dc(), work.rcPaint);
   }
   EndPaint(window_, &work);
 }
 
-void Canvas::drawContents(HDC dc, const RECT& dirty) {
+void Canvas::drawContents(HDC screen, HDC dc, const RECT& dirty) {
   FillRect(dc, &dirty, GetSysColorBrush(COLOR_APPWORKSPACE));
   if (!document_.hasPicture()) return;
   const RECT place = zoom_.pictureRect();
-  painter_.paint(dc, document_.picture(), place, dirty);
+  painter_.paint(screen, dc, document_.picture(), place, dirty);
   if (document_.hasSelection()) paintOutline(dc, document_.picture(), place, antPhase_);
   tool_.paint(dc, zoom_);
 }

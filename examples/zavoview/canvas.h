@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <utility>
 #include <windows.h>
 
 #include "document.h"
@@ -27,10 +28,13 @@ class Canvas {
   /// Pixels within a rectangle are.
   void pictureChanged(const RECT& part);
   void repaint() { InvalidateRect(window_, nullptr, FALSE); }
+  /// Whether Alt served a selection since the last call: letting go of it is no call for the menu then.
+  bool takeAltUse() { return std::exchange(altUsed_, false); }
   /// Changes the zoom about the middle of the view, or of the mouse when that is given.
   void changeZoom(const std::function<void(Zoom&, POINT anchor)>& change, const POINT* anchor = nullptr);
 
   std::function<void(POINT pixel)> onHover;  /// The mouse is over this pixel, or outside the picture.
+  std::function<void()> onZoom;              /// The scale is another one.
   std::function<void()> onSelectionBegin;    /// Before a tool changes the selection.
   std::function<void()> onSelection;         /// After it.
 
@@ -40,7 +44,7 @@ class Canvas {
   void layout();
   void showScrollBars();
   void paint();
-  void drawContents(HDC dc, const RECT& dirty);
+  void drawContents(HDC screen, HDC dc, const RECT& dirty);
   void marchAnts();
   void scroll(int bar, int request);
   void scrollBy(int x, int y);
@@ -59,6 +63,7 @@ class Canvas {
   unsigned antPhase_ = 0;
   bool inLayout_ = false;
   bool dragging_ = false;  /// The hand holds the picture.
+  bool altUsed_ = false;
   POINT dragStart_{};
   POINT dragOrigin_{};
 };

@@ -172,6 +172,7 @@ void Canvas::mousePress(POINT point, WPARAM keys) {
   }
   onSelectionBegin();
   const Modifiers modifiers{(keys & MK_SHIFT) != 0, (keys & MK_CONTROL) != 0, GetKeyState(VK_MENU) < 0};
+  altUsed_ = modifiers.alt;
   selectionDone(tool_.press(zoom_.toPicture(point), modifiers));
 }
 

@@ -9,7 +9,7 @@ namespace {
 
 /// An animation that was released for changes begins anew, without them.
 void play(Viewer& viewer, unsigned) {
-  Animation& animation = viewer.animation;
+  AnimationPlayer& animation = viewer.animation;
   if (animation.playing())
     animation.pause();
   else if (animation.attached() || viewer.confirmDiscard())

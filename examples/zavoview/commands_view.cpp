@@ -7,26 +7,20 @@ namespace zavoview {
 
 namespace {
 
-/// The zoom is told in the status bar, which the layout of the window brings up to date.
-void changeZoom(Viewer& viewer, void (*change)(Zoom& zoom, POINT anchor)) {
-  viewer.canvas.changeZoom(change);
-  viewer.layout();
-}
-
 void fit(Viewer& viewer, unsigned) {
-  changeZoom(viewer, [](Zoom& zoom, POINT) { zoom.fit(); });
+  viewer.canvas.changeZoom([](Zoom& zoom, POINT) { zoom.fit(); });
 }
 
 void actualSize(Viewer& viewer, unsigned) {
-  changeZoom(viewer, [](Zoom& zoom, POINT anchor) { zoom.setActualSize(anchor); });
+  viewer.canvas.changeZoom([](Zoom& zoom, POINT anchor) { zoom.setActualSize(anchor); });
 }
 
 void zoomIn(Viewer& viewer, unsigned) {
-  changeZoom(viewer, [](Zoom& zoom, POINT anchor) { zoom.zoomIn(anchor); });
+  viewer.canvas.changeZoom([](Zoom& zoom, POINT anchor) { zoom.zoomIn(anchor); });
 }
 
 void zoomOut(Viewer& viewer, unsigned) {
-  changeZoom(viewer, [](Zoom& zoom, POINT anchor) { zoom.zoomOut(anchor); });
+  viewer.canvas.changeZoom([](Zoom& zoom, POINT anchor) { zoom.zoomOut(anchor); });
 }
 
 bool fitting(Viewer& viewer, unsigned) {

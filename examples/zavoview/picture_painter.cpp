@@ -29,36 +29,41 @@ class NoProgress {
   StatusCallback callback_;
 };
 
-/// Selects and realises the palette that the device needs for a picture, while it lives.
+/// The palette that a palette device needs for a bitmap. While it lives it is selected into the device contexts of the
+/// screen and of the memory that is copied there, and the screen has its colours.
 class PaintPalette {
  public:
-  PaintPalette(HDC dc, BitmapHandle* bitmap) : dc_(dc), palette_(Zv_CreatePaintPalette(dc, bitmap)) {
+  PaintPalette(HDC screen, HDC memory, BitmapHandle* bitmap)
+      : screen_(screen), memory_(memory), palette_(Zv_CreatePaintPalette(screen, bitmap)) {
     if (palette_ == nullptr) return;
-    previous_ = SelectPalette(dc_, palette_, FALSE);
-    RealizePalette(dc_);
+    for (const HDC dc : {screen_, memory_}) {
+      SelectPalette(dc, palette_, FALSE);
+      RealizePalette(dc);
+    }
   }
   PaintPalette(const PaintPalette&) = delete;
   PaintPalette& operator=(const PaintPalette&) = delete;
   ~PaintPalette() {
     if (palette_ == nullptr) return;
-    SelectPalette(dc_, previous_, TRUE);
+    for (const HDC dc : {screen_, memory_})
+      SelectPalette(dc, static_cast<HPALETTE>(GetStockObject(DEFAULT_PALETTE)), TRUE);
     DeleteObject(palette_);
   }
 
  private:
-  HDC dc_;
+  HDC screen_;
+  HDC memory_;
   HPALETTE palette_;
-  HPALETTE previous_ = nullptr;
 };
 
 }  // namespace
 
-void PicturePainter::paint(HDC dc, zv::Picture& picture, const RECT& place, const RECT& dirty) {
+void PicturePainter::paint(HDC screen, HDC dc, zv::Picture& picture, const RECT& place, const RECT& dirty) {
   const SIZE size = sizeOf(place);
   const bool scaled = size.cx != picture->Width || size.cy != picture->Height;
   BitmapHandle* painted = picture.handle();
   if (smooth && scaled && !paintedAsGray(picture) && makeCopy(picture, size)) painted = copy_.handle();
-  const PaintPalette palette(dc, painted);
+  const PaintPalette palette(screen, dc, painted);
   Zv_PaintDC(dc, painted, nullptr, nullptr, &place, &dirty, SRCCOPY);
 }
 

@@ -15,8 +15,8 @@ class PicturePainter {
   /// The picture has changed: a copy of it is no longer right.
   void forgetCopy() { copy_ = zv::Picture(); }
 
-  /// Paints the picture, scaled to `place`, where `dirty` needs it.
-  void paint(HDC dc, zv::Picture& picture, const RECT& place, const RECT& dirty);
+  /// Paints the picture, scaled to `place`, where `dirty` needs it, into memory that is to be copied to the screen.
+  void paint(HDC screen, HDC dc, zv::Picture& picture, const RECT& place, const RECT& dirty);
 
  private:
   bool makeCopy(zv::Picture& picture, SIZE size);

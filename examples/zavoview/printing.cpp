@@ -52,10 +52,10 @@ ProgressDialog* shownDialog = nullptr;
 class ProgressDialog {
  public:
   ProgressDialog(HWND owner, const std::wstring& name) : owner_(owner) {
+    EnableWindow(owner_, FALSE);
     window_ = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_PRINTING), owner, procedure,
                                  reinterpret_cast<LPARAM>(this));
     SetDlgItemTextW(window_, IDC_PRINT_TEXT, name.c_str());
-    EnableWindow(owner_, FALSE);
     shownDialog = this;
     Zv_SetStatusCallBack(report);
   }

@@ -11,7 +11,7 @@ namespace zavoview {
 namespace {
 
 /// From the right; the message takes what is left.
-constexpr int partWidths[StatusBar::PartCount] = {0, 60, 170, 170, 90, 170};
+constexpr int partWidths[StatusBar::PartCount] = {0, 55, 145, 150, 75, 120};
 
 }  // namespace
 

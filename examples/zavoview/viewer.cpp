@@ -21,6 +21,7 @@ constexpr COLORREF noPixel = 0x80000000;
 
 Viewer::Viewer() {
   canvas.onHover = [this](POINT pixel) { showPixel(pixel); };
+  canvas.onZoom = [this] { showStatus(); };
   canvas.onSelectionBegin = [this] { animation.release(); };
   canvas.onSelection = [this] { selectionChanged(); };
   animation.onUpdate = [this](const RECT& part) {
@@ -94,8 +95,11 @@ LRESULT Viewer::handle(UINT message, WPARAM wParam, LPARAM lParam) {
       openDropped(reinterpret_cast<HDROP>(wParam));
       return 0;
     case WM_TIMER:
-      if (wParam == Animation::timer) animation.step();
+      if (wParam == AnimationPlayer::timer) animation.step();
       return 0;
+    case WM_SYSCOMMAND:
+      if ((wParam & 0xFFF0) == SC_KEYMENU && lParam == 0 && canvas.takeAltUse()) return 0;
+      return DefWindowProcW(window_, message, wParam, lParam);
     case WM_QUERYNEWPALETTE:
     case WM_PALETTECHANGED:
       // Painting realises the palette of the picture.
@@ -134,21 +138,22 @@ void Viewer::open(const std::string& path) {
   try {
     const Busy busy(status, "Opening");
     load(path);
-  } catch (const zv::Failure& failure) {
-    complain(failure.what());
+  } catch (const std::exception& error) {
+    complain(error.what());
   }
   pictureChanged();
   if (animation.attached()) animation.play();
 }
 
 void Viewer::load(const std::string& path) {
-  AnimationFrames frames = readAnimation(path);
+  zv::PictureFile file = zv::readPicture(path);
+  std::optional<zv::Animation> film;
+  if (file.format == "GIF") film.emplace(zv::readAnimation(path));
   tool.cancel();
-  if (frames.count() > 1) {
-    animation.open(window_, std::move(frames), path);
+  if (film && film->frames.count() > 1) {
+    animation.open(window_, std::move(*film), path);
     return;
   }
-  zv::PictureFile file = zv::readPicture(path);
   animation.close();
   document.adopt(std::move(file.picture), path, true);
 }
@@ -239,8 +244,7 @@ void Viewer::showPixel(POINT pixel) {
     return;
   }
   status.set(StatusBar::Position, zv::format("%ld, %ld", pixel.x, pixel.y));
-  status.set(StatusBar::Color,
-             zv::format("red %d green %d blue %d", GetRValue(color), GetGValue(color), GetBValue(color)));
+  status.set(StatusBar::Color, zv::format("RGB %d, %d, %d", GetRValue(color), GetGValue(color), GetBValue(color)));
 }
 
 void Viewer::toggleFullScreen() {
@@ -255,12 +259,13 @@ void Viewer::toggleFullScreen() {
     GetMonitorInfoW(MonitorFromWindow(window_, MONITOR_DEFAULTTONEAREST), &monitor);
     const RECT& rect = monitor.rcMonitor;
     SetWindowLongW(window_, GWL_STYLE, static_cast<LONG>(style & ~DWORD{WS_OVERLAPPEDWINDOW}));
+    menu_ = GetMenu(window_);
     SetMenu(window_, nullptr);
     SetWindowPos(window_, HWND_TOP, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
                  SWP_FRAMECHANGED);
   } else {
     SetWindowLongW(window_, GWL_STYLE, static_cast<LONG>(style | WS_OVERLAPPEDWINDOW));
-    SetMenu(window_, LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDR_MAIN)));
+    SetMenu(window_, menu_);
     SetWindowPlacement(window_, &placement_);
     SetWindowPos(window_, nullptr, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_FRAMECHANGED);
   }

@@ -7,7 +7,7 @@
 #include <shellapi.h>
 
 #include "adjust_bar.h"
-#include "animation.h"
+#include "animation_player.h"
 #include "canvas.h"
 #include "document.h"
 #include "selection_tool.h"
@@ -47,7 +47,7 @@ class Viewer {
   Document document;
   SelectionTool tool{document};
   Canvas canvas{document, tool};
-  Animation animation{document};
+  AnimationPlayer animation{document};
   StatusBar status;
   AdjustBar adjust;
   COLORREF fillColor = RGB(200, 60, 40);
@@ -64,6 +64,7 @@ class Viewer {
 
   HWND window_ = nullptr;
   WINDOWPLACEMENT placement_{};  /// Before the full screen.
+  HMENU menu_ = nullptr;         /// Taken off the window for the full screen.
   bool fullScreen_ = false;
   POINT hover_{-1, -1};
 };

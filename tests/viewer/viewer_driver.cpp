@@ -143,11 +143,20 @@ bool ViewerDriver::bringToFront() const {
   return soon([this] { return GetForegroundWindow() == window_; });
 }
 
+void ViewerDriver::hold(BYTE key, bool down) const {
+  keybd_event(key, 0, down ? 0 : KEYEVENTF_KEYUP, 0);
+  Sleep(200);
+}
+
 void ViewerDriver::typeKey(BYTE key, std::initializer_list<BYTE> held) const {
   for (const BYTE other : held) keybd_event(other, 0, 0, 0);
   keybd_event(key, 0, 0, 0);
   keybd_event(key, 0, KEYEVENTF_KEYUP, 0);
   for (const BYTE other : held) keybd_event(other, 0, KEYEVENTF_KEYUP, 0);
+}
+
+void ViewerDriver::hover(POINT point) const {
+  SendMessageW(canvas(), WM_MOUSEMOVE, 0, pointParameter(point));
 }
 
 void ViewerDriver::drag(POINT from, POINT to, WPARAM keys) const {
@@ -159,7 +168,7 @@ void ViewerDriver::drag(POINT from, POINT to, WPARAM keys) const {
 }
 
 void ViewerDriver::click(POINT point, WPARAM keys) const {
-  SendMessageW(canvas(), WM_MOUSEMOVE, keys, pointParameter(point));
+  hover(point);
   SendMessageW(canvas(), WM_LBUTTONDOWN, MK_LBUTTON | keys, pointParameter(point));
   SendMessageW(canvas(), WM_LBUTTONUP, keys, pointParameter(point));
 }

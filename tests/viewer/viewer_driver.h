@@ -43,10 +43,13 @@ class ViewerDriver {
 
   /// Makes the window the one that the keyboard goes to.
   [[nodiscard]] bool bringToFront() const;
+  /// Presses a key of the keyboard or lets go of it, and waits until the window knows.
+  void hold(BYTE key, bool down) const;
   /// A key of the keyboard, with others held down.
   void typeKey(BYTE key, std::initializer_list<BYTE> held) const;
 
   // The mouse, at points of the canvas, with the keys MK_SHIFT and MK_CONTROL held down or not.
+  void hover(POINT point) const;
   void drag(POINT from, POINT to, WPARAM keys = 0) const;
   void click(POINT point, WPARAM keys = 0) const;
   void doubleClick(POINT point) const;

@@ -63,7 +63,7 @@ TEST_F(Viewing, ShowsTheFileOfTheCommandLine) {
   viewer.click(samplePoint(viewer, 5, 7));
   const uint32_t color = sampleColor(sample, 5, 7);
   EXPECT_EQ("5, 7", viewer.status(PositionPart));
-  EXPECT_EQ("red " + std::to_string(color >> 16) + " green " + std::to_string(color >> 8 & 255) + " blue " +
+  EXPECT_EQ("RGB " + std::to_string(color >> 16) + ", " + std::to_string(color >> 8 & 255) + ", " +
                 std::to_string(color & 255),
             viewer.status(ColorPart));
 }
@@ -129,6 +129,15 @@ TEST_F(Viewing, KnowsTheUsualKeys) {
   EXPECT_TRUE(viewer.soon([&] { return viewer.status(PicturePart) == "11 x 37, 24 bits"; }));
   viewer.typeKey('Z', {VK_CONTROL});
   EXPECT_TRUE(viewer.soon([&] { return viewer.status(PicturePart) == "37 x 11, 24 bits"; }));
+  // Alt takes away from the selection, and letting go of it does not open the menu.
+  viewer.typeKey('A', {VK_CONTROL});
+  EXPECT_TRUE(selectionIs("0, 0: 37 x 11"));
+  viewer.hold(VK_MENU, true);
+  viewer.drag(samplePoint(viewer, 0, 0), samplePoint(viewer, 9, 10));
+  viewer.hold(VK_MENU, false);
+  EXPECT_TRUE(selectionIs("10, 0: 27 x 11"));
+  viewer.typeKey('D', {VK_CONTROL});
+  EXPECT_TRUE(selectionIs(""));
   // Menus open by their letters: Picture, Mirror.
   viewer.typeKey('P', {VK_MENU});
   viewer.typeKey('M', {});
