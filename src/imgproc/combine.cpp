@@ -58,8 +58,12 @@ int allowedRegion(OwnedRegion& allowed, const BitmapHandle& destination, const B
 
 int combineRows(BitmapHandle& destination, BitmapHandle& source, const Placement& where,
                 const CombineOperation& operation) {
+  // Without regions every row of the rectangle is a single run.
+  const int whole[] = {static_cast<int>(where.area.left), static_cast<int>(where.area.right)};
   OwnedRegion allowed;
-  if (const int status = allowedRegion(allowed, destination, source, where); status != KSUCCESS) return status;
+  if (destination.Region != nullptr || source.Region != nullptr) {
+    if (const int status = allowedRegion(allowed, destination, source, where); status != KSUCCESS) return status;
+  }
   RowCombiner combiner;
   if (const int status = combiner.prepare(destination, source, operation); status != KSUCCESS) return status;
 
@@ -70,7 +74,7 @@ int combineRows(BitmapHandle& destination, BitmapHandle& source, const Placement
   if (const int status = reader.open(); status != KSUCCESS) return status;
   if (const int status = writer.open(); status != KSUCCESS) return status;
   for (int y = where.area.top; y < where.area.bottom; ++y) {
-    const Segments runs = regionRow(*allowed.get(), y);
+    const Segments runs = allowed ? regionRow(*allowed.get(), y) : Segments{whole, 2};
     if (runs.empty()) continue;
     const uint8_t* from = reader.row(static_cast<unsigned>(y + where.sourceOffsetY));
     if (from == nullptr) return reader.status();

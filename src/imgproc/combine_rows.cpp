@@ -1,9 +1,10 @@
 // Combining pieces of rows. Both operands are brought into one working form, a chunk at a time: an index a byte up to 8
 // bits, stored pixels above. Arithmetic needs bytes that are levels, so 16-bit pixels are widened for it and grey
-// palettes give way to their levels. Plain copies need no chunks.
+// palettes give way to their levels. Plain copies need no chunks, and bit operators on equal indexes no unpacking.
 #include "imgproc/combine_rows.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "color/palettes.h"
 #include "core/sizes.h"
@@ -56,23 +57,51 @@ int RowCombiner::prepare(const BitmapHandle& destination, const BitmapHandle& so
       status != KSUCCESS) {
     return status;
   }
+  const bool copies = isPlainCopy(operation);
+  if (bits_ < 8 && sourceToWork_.changesNothing()) {
+    run_ = copies ? &RowCombiner::copyBitRange : &RowCombiner::combineBitRange;
+    return KSUCCESS;
+  }
+  if (copies && bits_ >= 8 && sourceBits_ >= 8) {
+    run_ = &RowCombiner::copyPixels;
+    return KSUCCESS;
+  }
+  run_ = &RowCombiner::combine;
   if (const int status = destinationToWork_.prepare(destination.BitsPerPixel, work, order, order, destinationPalette_,
                                                     destinationPalette_);
       status != KSUCCESS) {
     return status;
   }
-  run_ = &RowCombiner::combine;
-  if (isPlainCopy(operation)) {
-    if (bits_ >= 8 && sourceBits_ >= 8) run_ = &RowCombiner::copyPixels;
-    if (bits_ < 8 && sourceToWork_.changesNothing()) run_ = &RowCombiner::copyIndexes;
-  }
   return workToDestination_.prepare(work, destination.BitsPerPixel, order, order, destinationPalette_,
                                     destinationPalette_);
 }
 
-void RowCombiner::copyIndexes(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow, unsigned sourceFirst,
-                              unsigned count) {
+void RowCombiner::copyBitRange(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow, unsigned sourceFirst,
+                               unsigned count) {
   copyBits(destinationRow, uint64_t{first} * bits_, sourceRow, uint64_t{sourceFirst} * bits_, uint64_t{count} * bits_);
+}
+
+// The bit operators do to packed indexes what they do to indexes.
+void RowCombiner::combineBitRange(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow,
+                                  unsigned sourceFirst, unsigned count) {
+  uint8_t sourceBits[chunkBytes];
+  uint8_t destinationBits[chunkBytes];
+  uint64_t to = uint64_t{first} * bits_;
+  uint64_t from = uint64_t{sourceFirst} * bits_;
+  for (uint64_t left = uint64_t{count} * bits_; left != 0;) {
+    const unsigned lead = to % 8;
+    const uint64_t chunk = std::min<uint64_t>(left, chunkBytes * 8 - lead);
+    const auto bytes = static_cast<unsigned>((lead + chunk + 7) / 8);
+    memcpy(destinationBits, destinationRow + to / 8, bytes);
+    sourceBits[0] = 0;
+    sourceBits[bytes - 1] = 0;
+    copyBits(sourceBits, lead, sourceRow, from, chunk);
+    combineBytes(destinationBits, sourceBits, bytes, operation_, 0xFF);
+    copyBits(destinationRow, to, destinationBits, lead, chunk);
+    to += chunk;
+    from += chunk;
+    left -= chunk;
+  }
 }
 
 void RowCombiner::copyPixels(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow, unsigned sourceFirst,

@@ -29,8 +29,10 @@ class RowCombiner {
   using RunFunction = void (RowCombiner::*)(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow,
                                             unsigned sourceFirst, unsigned count);
 
-  void copyIndexes(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow, unsigned sourceFirst,
-                   unsigned count);
+  void copyBitRange(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow, unsigned sourceFirst,
+                    unsigned count);
+  void combineBitRange(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow, unsigned sourceFirst,
+                       unsigned count);
   void copyPixels(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow, unsigned sourceFirst,
                   unsigned count);
   void combine(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow, unsigned sourceFirst, unsigned count);

@@ -28,6 +28,8 @@ class BrightnessReader {
     return converter_.prepare(bitmap.BitsPerPixel, 0, order, ORDER_RED_FIRST, palette_, nullptr);
   }
   void read(uint8_t* levels, const uint8_t* row, unsigned width) { converter_.convert(levels, row, width); }
+  // Rows are levels as they are.
+  [[nodiscard]] bool rowsAreLevels() const { return converter_.changesNothing(); }
 
  private:
   RGBQUAD palette_[256] = {};

@@ -55,11 +55,15 @@ int makeHalftone(BitmapHandle& bitmap, const ThresholdMatrix& matrix, int angle)
   const int turn = normalizedAngle(-normalizedAngle(angle));
   const TurnedScreen screen(matrix, turn);
   const int status = convertRows(*halftone, bitmap, [&](uint8_t* packed, const uint8_t* row, unsigned y) {
-    brightness.read(levels.get(), row, width);
+    const uint8_t* rowLevels = row;
+    if (!brightness.rowsAreLevels()) {
+      brightness.read(levels.get(), row, width);
+      rowLevels = levels.get();
+    }
     if (turn == 0) {
-      thresholdRow(packed, levels.get(), width, matrix[y & 7]);
+      thresholdRow(packed, rowLevels, width, matrix[y & 7]);
     } else {
-      screen.apply(packed, levels.get(), width, y);
+      screen.apply(packed, rowLevels, width, y);
     }
   });
   if (status == KSUCCESS) takeOver(bitmap, halftone);
