@@ -13,7 +13,8 @@ struct PictureFile {
   unsigned long long bytes = 0;  /// Size of the file.
 };
 
-/// Reads the first frame of a PNG, JPEG, BMP, TIFF or GIF file. Throws a Failure that names the file.
+/// Reads the first frame of a PNG, JPEG, BMP, TIFF or GIF file; one with an alpha as a picture of 32 bits. Throws a
+/// Failure that names the file.
 PictureFile readPicture(const std::string& path);
 
 /// The formats pictures are written in.
@@ -25,5 +26,8 @@ OutputFormat outputFormat(const std::string& path);
 /// Writes a PNG or BMP file, as the ending says, at the picture's own depth where the format has it: pictures of up
 /// to 8 bits keep their palette. Throws a Failure that names the file.
 void writePicture(const std::string& path, Picture& picture);
+
+/// Writes a picture of 32 bits with its alpha, as a PNG file. Throws as writePicture; a UsageError for another ending.
+void writePictureWithAlpha(const std::string& path, Picture& picture);
 
 }  // namespace zv

@@ -88,12 +88,20 @@ Dib readDeepGray(IWICBitmapFrameDecode* frame, UINT width, UINT height) {
   return dib;
 }
 
-Dib readDirect(IWICImagingFactory* factory, IWICBitmapFrameDecode* frame, UINT width, UINT height) {
+bool hasAlpha(const GUID& pixelFormat) {
+  static const GUID* const formats[] = {&GUID_WICPixelFormat32bppBGRA, &GUID_WICPixelFormat32bppPBGRA,
+                                        &GUID_WICPixelFormat32bppRGBA, &GUID_WICPixelFormat64bppRGBA};
+  return std::ranges::any_of(formats, [&](const GUID* format) { return pixelFormat == *format; });
+}
+
+Dib readDirect(IWICImagingFactory* factory, IWICBitmapFrameDecode* frame, const GUID& pixelFormat, UINT width,
+               UINT height) {
+  const bool alpha = hasAlpha(pixelFormat);
   ComPtr<IWICFormatConverter> converter;
   require(factory->CreateFormatConverter(converter.out()));
-  require(converter->Initialize(frame, GUID_WICPixelFormat24bppBGR, WICBitmapDitherTypeNone, nullptr, 0,
-                                WICBitmapPaletteTypeCustom));
-  Dib dib(width, height, 24);
+  require(converter->Initialize(frame, alpha ? GUID_WICPixelFormat32bppBGRA : GUID_WICPixelFormat24bppBGR,
+                                WICBitmapDitherTypeNone, nullptr, 0, WICBitmapPaletteTypeCustom));
+  Dib dib(width, height, alpha ? 32 : 24);
   require(converter->CopyPixels(nullptr, static_cast<UINT>(dib.rowBytes()), static_cast<UINT>(dib.pixels().size()),
                                 dib.pixels().data()));
   return dib;
@@ -108,7 +116,7 @@ Dib readPixels(IWICImagingFactory* factory, IWICBitmapFrameDecode* frame) {
   for (const IndexedFormat& format : indexedFormats)
     if (pixelFormat == format.guid) return readIndexed(factory, frame, format, width, height);
   if (pixelFormat == GUID_WICPixelFormat16bppGray) return readDeepGray(frame, width, height);
-  return readDirect(factory, frame, width, height);
+  return readDirect(factory, frame, pixelFormat, width, height);
 }
 
 Dib readFrame(IWICImagingFactory* factory, IWICBitmapFrameDecode* frame) {

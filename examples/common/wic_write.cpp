@@ -2,6 +2,7 @@
 // encoded from it row by row.
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <wincodec.h>
 #include <windows.h>
 
@@ -60,6 +61,8 @@ const GUID& pngFormat(int bitsPerPixel, bool gray) {
       return gray ? GUID_WICPixelFormat4bppGray : GUID_WICPixelFormat4bppIndexed;
     case 8:
       return gray ? GUID_WICPixelFormat8bppGray : GUID_WICPixelFormat8bppIndexed;
+    case 32:
+      return GUID_WICPixelFormat32bppBGRA;
     default:
       return GUID_WICPixelFormat24bppBGR;
   }
@@ -106,9 +109,34 @@ void writePng(const std::wstring& path, Dib& dib) {
   require(encoder->Commit());
 }
 
+/// DIBs that the library makes have no alpha: this one is of the picture's own rows.
+Dib makeAlphaDib(Picture& picture) {
+  BitmapHandle* bitmap = picture.handle();
+  check(Zv_ChangeBitmapViewPerspective(nullptr, bitmap, VIEW_UPRIGHT), "turn upright");
+  Dib dib(static_cast<UINT>(bitmap->Width), static_cast<UINT>(bitmap->Height), 32);
+  dib.header()->biXPelsPerMeter = std::lround(bitmap->XResolution / 0.0254);
+  dib.header()->biYPelsPerMeter = std::lround(bitmap->YResolution / 0.0254);
+  const PixelLock lock(picture);
+  for (int y = 0; y < dib.height(); y++)
+    Zv_GetBitmapRow(bitmap, dib.row(y), static_cast<unsigned>(y), bitmap->BytesPerLine);
+  return dib;
+}
+
 std::string writeErrorText(HRESULT code) {
   if (HRESULT_FACILITY(code) == FACILITY_WIN32) return windowsErrorText(static_cast<DWORD>(HRESULT_CODE(code)));
   return format("the encoder failed (0x%08lX)", static_cast<unsigned long>(code));
+}
+
+void write(const std::string& path, OutputFormat kind, Picture& picture, Dib (*makeDib)(Picture&)) try {
+  Dib dib = makeDib(picture);
+  if (kind == OutputFormat::Bmp)
+    writeBmp(wide(path), dib);
+  else
+    writePng(wide(path), dib);
+} catch (const ComError& error) {
+  throw Failure("cannot write " + path + ": " + writeErrorText(error.code));
+} catch (const Failure& failure) {
+  throw Failure("cannot write " + path + ": " + failure.what());
 }
 
 }  // namespace
@@ -121,17 +149,14 @@ OutputFormat outputFormat(const std::string& path) {
   throw UsageError("cannot write " + path + ": the name must end in .png or .bmp");
 }
 
-void writePicture(const std::string& path, Picture& picture) try {
-  const OutputFormat kind = outputFormat(path);
-  Dib dib = makeDib(picture);
-  if (kind == OutputFormat::Bmp)
-    writeBmp(wide(path), dib);
-  else
-    writePng(wide(path), dib);
-} catch (const ComError& error) {
-  throw Failure("cannot write " + path + ": " + writeErrorText(error.code));
-} catch (const Failure& failure) {
-  throw Failure("cannot write " + path + ": " + failure.what());
+void writePicture(const std::string& path, Picture& picture) {
+  write(path, outputFormat(path), picture, makeDib);
+}
+
+void writePictureWithAlpha(const std::string& path, Picture& picture) {
+  if (outputFormat(path) != OutputFormat::Png)
+    throw UsageError("cannot write " + path + ": with an alpha the name must end in .png");
+  write(path, OutputFormat::Png, picture, makeAlphaDib);
 }
 
 }  // namespace zv

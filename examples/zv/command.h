@@ -22,5 +22,10 @@ extern const Command printCommand;
 extern const Command copyCommand;
 extern const Command pasteCommand;
 extern const Command captureCommand;
+extern const Command grayCommand;
+extern const Command halftoneCommand;
+extern const Command combineCommand;
+extern const Command underlayCommand;
+extern const Command alphaCommand;
 
 }  // namespace zv

@@ -17,20 +17,29 @@ const StepOption& findOption(StepFamilies families, const std::string& name, con
 
 }  // namespace
 
+std::string optionHelp(std::span<const StepOption> family) {
+  std::string help;
+  for (const StepOption& option : family)
+    help += format("  %-26s%s\n", (std::string(option.name) + " " + option.value).c_str(), option.help);
+  return help;
+}
+
 std::string stepHelp(StepFamilies families) {
   std::string help = "The options are applied in the order they stand:\n";
-  for (const std::span<const StepOption> family : families)
-    for (const StepOption& option : family)
-      help += format("  %-26s%s\n", (std::string(option.name) + " " + option.value).c_str(), option.help);
+  for (const std::span<const StepOption> family : families) help += optionHelp(family);
   return help;
+}
+
+void parseStep(StepList& steps, Arguments& arguments, StepFamilies families, const std::string& name,
+               const std::string& command) {
+  findOption(families, name, command).parse(steps, arguments, name);
 }
 
 StepList takeSteps(Arguments& arguments, StepFamilies families, const std::string& command,
                    const std::function<bool(const std::string& option)>& other) {
   StepList steps;
   for (std::string name = arguments.takeOption(); !name.empty(); name = arguments.takeOption()) {
-    if (other != nullptr && other(name)) continue;
-    findOption(families, name, command).parse(steps, arguments, name);
+    if (other == nullptr || !other(name)) parseStep(steps, arguments, families, name, command);
   }
   arguments.finish();
   return steps;
