@@ -3,41 +3,34 @@
 
 #include "color/threshold.h"
 #include "core/memory.h"
+#include "core/module.h"
 #include "geometry/sine_table.h"
 #include "imgproc/gray_frame.h"
+#include "imgproc/turned_screen.h"
 
 namespace zavo {
 namespace {
 
-// Finds the thresholds of a row under a screen turned by an angle: those of the cells at the pixels' turned
-// coordinates. Coordinates are in units of 1 / sineScale pixels, rounded down to cells. The screen repeats after 8
-// pixels, so that positions may wrap around 32 bits without a seam.
+// A screen turned by an angle: the cell of a pixel is the one at its turned coordinates, rounded down.
 class TurnedScreen {
  public:
   TurnedScreen(const ThresholdMatrix& matrix, int angle)
-      : matrix_(matrix), sine_(static_cast<uint32_t>(sine(angle))), cosine_(static_cast<uint32_t>(cosine(angle))) {}
+      : matrix_(matrix),
+        sine_(static_cast<uint32_t>(sine(angle))),
+        cosine_(static_cast<uint32_t>(cosine(angle))),
+        row_(cpuHasSsse3() ? turnedRowSsse3 : turnedRowPlain) {}
 
   // Writes bit 1 for every level above its threshold.
   void apply(uint8_t* packed, const uint8_t* levels, unsigned width, unsigned y) const {
-    uint32_t u = 0 - y * sine_;
-    uint32_t v = y * cosine_;
-    for (unsigned x = 0; x < width; x += 8, ++packed, levels += 8) {
-      const unsigned count = width - x < 8 ? width - x : 8;
-      unsigned bits = 0;
-      for (unsigned k = 0; k < count; ++k, u += cosine_, v += sine_) {
-        const uint8_t threshold = matrix_[cell(v)][cell(u)];
-        bits |= (levels[k] > threshold ? 0x80u : 0) >> k;
-      }
-      *packed = static_cast<uint8_t>(bits);
-    }
+    row_(packed, levels, width, matrix_, {.column = 0 - y * sine_, .row = y * cosine_},
+         {.column = cosine_, .row = sine_});
   }
 
  private:
-  static unsigned cell(uint32_t position) { return position / sineScale & 7; }
-
   const ThresholdMatrix& matrix_;
   uint32_t sine_;
   uint32_t cosine_;
+  TurnedRowFunction row_;
 };
 
 int makeHalftone(BitmapHandle& bitmap, const ThresholdMatrix& matrix, int angle) {
