@@ -26,7 +26,7 @@ std::string help() {
   return "  --with OPERATOR           and, or, xor, copy, add, other-minus, minus-other, difference, multiply,\n"
          "                            average, minimum or maximum (copy)\n"
          "  --at X,Y                  where OTHER goes (0,0)\n"
-         "  --part X,Y,W,H            the rectangle of OTHER that is taken (all of it)\n"
+         "  --from X,Y,W,H            the rectangle of OTHER that is taken (all of it)\n"
          "  --invert-other            inverts OTHER beforehand\n"
          "  --invert-in               inverts IN beforehand\n"
          "  --invert                  inverts the result\n"
@@ -53,7 +53,7 @@ void parseOption(Plan& plan, Arguments& arguments, const std::string& name) {
     plan.op = parseChoice(name, arguments.takeValue(name), operators);
   else if (name == "--at")
     plan.at = parsePoint(arguments, name);
-  else if (name == "--part")
+  else if (name == "--from")
     plan.part = parseNumbers(name, arguments.takeValue(name), 4);
   else if (name == "--invert-other")
     plan.changes |= COMBINE_SOURCE_INVERTED;

@@ -61,7 +61,7 @@ TEST_F(Zv, CombinesPictures) {
   expectPixels(readBmp(file("out.bmp")), [](int, int) { return 0u; });
   // A part elsewhere, in a selection, onto a picture that is stored bottom-up.
   EXPECT_EQ("", run("convert in.png in.bmp").output);
-  EXPECT_EQ("", run("combine in.bmp in.png out.bmp --part 20,5,9,4 --at 3,2 --rect 0,0,8,20").output);
+  EXPECT_EQ("", run("combine in.bmp in.png out.bmp --from 20,5,9,4 --at 3,2 --rect 0,0,8,20").output);
   expectPixels(readBmp(file("out.bmp")), [&](int x, int y) {
     return x >= 3 && x < 8 && y >= 2 && y < 6 ? colorAt(x + 17, y + 3) : colorAt(x, y);
   });
