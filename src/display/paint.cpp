@@ -2,11 +2,13 @@
 #include "display/paint.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "color/conversion.h"
 #include "color/palettes.h"
 #include "core/memory.h"
 #include "core/owners.h"
+#include "core/packed_pixels.h"
 #include "core/perspective.h"
 #include "core/run_records.h"
 #include "core/settings.h"
@@ -78,14 +80,33 @@ class Paint {
     return converter_.prepare(bitmap_.BitsPerPixel, outputBits, order, ORDER_BLUE_FIRST, palette_, palette_);
   }
 
+  // Indexes stay what they are, because they may refer to the palette selected into the device context.
+  [[nodiscard]] int widenIndexes(PaintLines& lines, BandPainter& bands, int bits) {
+    const unsigned pixels = lines.walk().pixelCount();
+    const UnpackFunction unpack = unpackFunction(bitmap_.BitsPerPixel);
+    auto indexes = OsBlock<uint8_t>::allocate(bits < 8 ? pixels : 0);
+    if (bits < 8 && !indexes) return KERR_NO_MEMORY;
+    return forEachLine(lines, bands, [&](uint8_t* to) -> int {
+      const int status = lines.make(line_.get());
+      if (status != KSUCCESS) return status;
+      unpack(bits < 8 ? indexes.get() : to, line_.get(), 0, pixels);
+      if (bits < 8) packFunction(bits)(to, indexes.get(), 0, pixels);
+      return KSUCCESS;
+    });
+  }
+
   [[nodiscard]] int convert(PaintLines& lines) {
     const int bits = widenedBits(bitmap_.BitsPerPixel);
-    if (const int status = prepareConverter(bits); status != KSUCCESS) return status;
     BandPainter bands;
     if (const int status = open(bands, {bits, palette_, true}); status != KSUCCESS) return status;
+    if (bits < 24 && bits != bitmap_.BitsPerPixel) return widenIndexes(lines, bands, bits);
+    if (bits == 24) {
+      if (const int status = prepareConverter(bits); status != KSUCCESS) return status;
+    }
     const unsigned pixels = lines.walk().pixelCount();
+    const bool asStored = bits < 24 || converter_.changesNothing();
     return forEachLine(lines, bands, [&](uint8_t* to) -> int {
-      if (converter_.changesNothing()) return lines.make(to);
+      if (asStored) return lines.make(to);
       const int status = lines.make(line_.get());
       if (status == KSUCCESS) converter_.convert(to, line_.get(), pixels);
       return status;
@@ -100,25 +121,37 @@ class Paint {
     if (const int status = prepareConverter(24); status != KSUCCESS) return status;
     const bool turned = lines.walk().isTurned();
     const auto top = static_cast<unsigned>(geometry_.area().top - geometry_.destination().top);
-    const unsigned x = turned ? geometry_.lowestRow() : geometry_.firstColumn();
-    const unsigned y = turned ? geometry_.firstColumn() : top;
-    if (const int status = ditherer.prepare(settings_, outputBits, pixels, x, y); status != KSUCCESS) return status;
+    const DitherPlace place = {geometry_.firstColumn(), turned ? top + pixels - 1 : top, turned};
+    if (const int status = ditherer.prepare(settings_, outputBits, pixels, place); status != KSUCCESS) return status;
     BandPainter bands;
     // The workers have adjusted the pixels already, so the target's colours stay as they are.
     if (const int status = open(bands, {outputBits, ditherer.palette(), false}); status != KSUCCESS) return status;
-    return forEachLine(lines, bands, [&](uint8_t* to) -> int {
-      const int status = lines.make(line_.get());
-      if (status != KSUCCESS) return status;
-      converter_.convert(colors.get(), line_.get(), pixels);
-      ditherer.run(to, colors.get());
-      return KSUCCESS;
-    });
+    for (unsigned line = 0; line < lines.walk().lineCount(); ++line) {
+      // What an enlarged row is dithered from is made once.
+      if (lines.walk().repeats()) {
+        lines.skip();
+      } else {
+        if (const int status = lines.make(line_.get()); status != KSUCCESS) return status;
+        converter_.convert(colors.get(), line_.get(), pixels);
+      }
+      ditherer.run(bands.line(), colors.get());
+      bands.endLine();
+    }
+    bands.finish();
+    return KSUCCESS;
   }
 
+  // Calls `make` for every line that is not the same as the one before.
   template <typename Make>
   [[nodiscard]] int forEachLine(PaintLines& lines, BandPainter& bands, Make make) {
     for (unsigned line = 0; line < lines.walk().lineCount(); ++line) {
-      if (const int status = make(bands.line()); status != KSUCCESS) return status;
+      const uint8_t* same = lines.walk().repeats() ? bands.previousLine() : nullptr;
+      if (same != nullptr) {
+        memcpy(bands.line(), same, bands.lineBytes());
+        lines.skip();
+      } else if (const int status = make(bands.line()); status != KSUCCESS) {
+        return status;
+      }
       bands.endLine();
     }
     bands.finish();
@@ -189,18 +222,25 @@ int ZAVO_CALL Zv_PaintDCBuffer(HDC dc, BitmapHandle* bitmap, const RECT* source,
                                const RECT* destination, const RECT* destinationClip, DWORD rop,
                                const unsigned char* rows, int firstRow, int rowCount) {
   if (bitmap == nullptr || rows == nullptr) return KERR_BAD_BITMAP;
-  if (dc == nullptr || destination == nullptr || !isSupportedDepth(bitmap->BitsPerPixel)) return KERR_BAD_PARAMETER;
-  // Rows outside the bitmap are not painted; they are cut off here so that row numbers cannot overflow.
   const bool runs = rowCount < 0;
+  if (dc == nullptr || destination == nullptr || !isSupportedDepth(bitmap->BitsPerPixel)) return KERR_BAD_PARAMETER;
+  if (runs && bitmap->BitsPerPixel != 1) return KERR_BAD_PARAMETER;
+  // Rows outside the bitmap are not painted; they are cut off here so that row numbers cannot overflow.
   const int64_t count = runs ? -int64_t{rowCount} : int64_t{rowCount};
-  const auto end = static_cast<int>(std::min<int64_t>(firstRow + count, bitmap->Height));
-  if (firstRow < 0 || end <= firstRow) return KSUCCESS;
+  const int64_t held = std::min(count, int64_t{bitmap->Height} - firstRow);
+  const int64_t before = firstRow < 0 ? -int64_t{firstRow} : 0;
+  if (held <= before) return KSUCCESS;
 
+  OsBlock<uint8_t> expanded;
+  if (runs) {
+    if (held > INT32_MAX) return KERR_NO_MEMORY;
+    expanded = OsBlock<uint8_t>::allocate(uint64_t{bitmap->BytesPerLine} * static_cast<unsigned>(held));
+    if (!expanded) return KERR_NO_MEMORY;
+    Zv_ExpandRows(rows, expanded.get(), static_cast<unsigned>(bitmap->Width), static_cast<unsigned>(held));
+    rows = expanded.get();
+  }
+  rows += static_cast<size_t>(before) * bitmap->BytesPerLine;
   const PaintRequest request = {source, sourceClip, destination, destinationClip, nullptr};
-  if (!runs) return paintHeldRows(dc, *bitmap, request, rop, rows, firstRow, end - firstRow);
-  const auto expandedRows = static_cast<unsigned>(end - firstRow);
-  auto expanded = OsBlock<uint8_t>::allocate(uint64_t{bitmap->BytesPerLine} * expandedRows);
-  if (!expanded) return KERR_NO_MEMORY;
-  Zv_ExpandRows(rows, expanded.get(), static_cast<unsigned>(bitmap->Width), expandedRows);
-  return paintHeldRows(dc, *bitmap, request, rop, expanded.get(), firstRow, end - firstRow);
+  return paintHeldRows(dc, *bitmap, request, rop, rows, static_cast<int>(firstRow + before),
+                       static_cast<int>(held - before));
 }

@@ -62,9 +62,16 @@ void BandPainter::choosePalette(ThreadSettings& settings, const BandFormat& form
 }
 
 // Upright lines come from the top and fill the band from its end, because its lowest row lies first.
+size_t BandPainter::offsetOf(unsigned line) const {
+  return size_t{turned_ ? line : linesPerBand_ - 1 - line} * lineBytes_;
+}
+
 uint8_t* BandPainter::line() {
-  const unsigned slot = turned_ ? lines_ : linesPerBand_ - 1 - lines_;
-  return band_.get() + size_t{slot} * lineBytes_;
+  return band_.get() + offsetOf(lines_);
+}
+
+const uint8_t* BandPainter::previousLine() const {
+  return lines_ != 0 ? band_.get() + offsetOf(lines_ - 1) : nullptr;
 }
 
 void BandPainter::endLine() {

@@ -29,6 +29,9 @@ class BandPainter {
 
   // Where the next line goes, packed at the format's depth.
   [[nodiscard]] uint8_t* line();
+  // The line before, for a next line that is the same; null when it has been painted already.
+  [[nodiscard]] const uint8_t* previousLine() const;
+  [[nodiscard]] size_t lineBytes() const { return lineBytes_; }
   // The line is complete.
   void endLine();
   // Paints what has been collected and not painted yet.
@@ -36,6 +39,7 @@ class BandPainter {
 
  private:
   void choosePalette(ThreadSettings& settings, const BandFormat& format);
+  [[nodiscard]] size_t offsetOf(unsigned line) const;
   void paintBand();
   void output(const uint8_t* pixels, int x, int y, int width, int height);
 

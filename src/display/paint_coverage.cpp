@@ -56,7 +56,7 @@ class LineCounts {
   [[nodiscard]] int open(const BitmapHandle& bitmap, const PaintGeometry& geometry, const LineWalk& walk) {
     count_ = walk.pixelCount();
     areas_ = OsBlock<Area>::allocate(count_);
-    covered_ = OsBlock<uint32_t>::allocate(count_);
+    covered_ = OsBlock<uint64_t>::allocate(count_);
     if (!areas_ || !covered_) return KERR_NO_MEMORY;
     const bool turned = walk.isTurned();
     const unsigned sources = turned ? geometry.sourceHeight() : geometry.sourceWidth();
@@ -68,7 +68,7 @@ class LineCounts {
   }
 
   void clear() {
-    std::fill_n(covered_.get(), count_, 0u);
+    std::fill_n(covered_.get(), count_, uint64_t{0});
     rows_ = 0;
   }
 
@@ -88,7 +88,7 @@ class LineCounts {
     const uint8_t flip = inverted ? 0xFF : 0;
     for (unsigned k = 0; k < count_; ++k) {
       const uint64_t whole = uint64_t{areas_[k].last - areas_[k].first} * rows_;
-      const auto gray = static_cast<uint8_t>(covered_[k] < whole ? 255 - uint64_t{covered_[k]} * 255 / whole : 0);
+      const auto gray = static_cast<uint8_t>(covered_[k] < whole ? 255 - covered_[k] * 255 / whole : 0);
       grays[k] = gray ^ flip;
     }
   }
@@ -106,7 +106,8 @@ class LineCounts {
       return moved(left + area.first, left + area.last);
     }
     const auto bottom = static_cast<unsigned>(source.bottom);
-    if (bitmap.ViewPerspective == VIEW_TURNED_90) return moved(bottom - area.last, bottom - area.first);
+    if (bitmap.ViewPerspective == VIEW_TURNED_90)
+      return moved(bottom - std::min(area.last, bottom), bottom - area.first);
     const unsigned start = static_cast<unsigned>(bitmap.Width) - bottom;
     return moved(start + area.first, start + area.last);
   }
@@ -115,7 +116,7 @@ class LineCounts {
   unsigned rows_ = 0;
   bool falling_ = false;  // columns fall from pixel to pixel
   OsBlock<Area> areas_;
-  OsBlock<uint32_t> covered_;
+  OsBlock<uint64_t> covered_;
 };
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "color/palettes.h"
-#include "color/threshold.h"
 #include "core/packed_pixels.h"
 
 namespace zavo {
@@ -35,7 +34,7 @@ struct Colors16 {
     const unsigned bright = (red >= 128 ? 1u : 0) | (green >= 128 ? 2u : 0) | (blue >= 128 ? 4u : 0);
     return bright != 0 ? bright + 8 : 0;
   }
-  static int term(int threshold) { return threshold - 128; }
+  static int term(int threshold) { return threshold - 127; }  // keeps 0 and 255 what they are
 };
 
 // A marker: single bits compare brightness, see runOrderedBits and runDiffused.
@@ -47,14 +46,13 @@ int clampLevel(int level) {
 
 }  // namespace
 
-int PaintDitherer::prepare(const ThreadSettings& settings, int outputBits, unsigned count, unsigned x, unsigned y) {
+int PaintDitherer::prepare(const ThreadSettings& settings, int outputBits, unsigned count, const DitherPlace& place) {
   const bool ordered = (settings.displayMode & PAINT_ORDERED_DITHER) != 0;
   outputBits_ = outputBits;
   cube_ = outputBits == 8 && (settings.displayMode & PAINT_CUBE_PALETTE) != 0;
   clustered_ = (settings.displayMode & PAINT_CLUSTERED_DOT) != 0;
   count_ = count;
-  x_ = x;
-  y_ = y;
+  place_ = place;
   palette_ = cube_ ? cubePalette() : fixedPalette(outputBits);
   buildLevels(settings.paintAdjustTable);
   chooseWorker(ordered);
@@ -67,7 +65,7 @@ int PaintDitherer::prepare(const ThreadSettings& settings, int outputBits, unsig
 
 void PaintDitherer::run(uint8_t* packed, const uint8_t* bgr) {
   (this->*run_)(packed, bgr);
-  ++y_;
+  ++(place_.turned ? place_.x : place_.y);
 }
 
 void PaintDitherer::chooseWorker(bool ordered) {
@@ -91,7 +89,7 @@ template <typename Target>
 void PaintDitherer::runOrdered(uint8_t* packed, const uint8_t* bgr) {
   const uint8_t* levelsAt[8];
   for (unsigned k = 0; k < 8; ++k) {
-    levelsAt[k] = levels_ + levelsBase + Target::term(dispersedMatrix[y_ & 7][(x_ + k) & 7]);
+    levelsAt[k] = levels_ + levelsBase + Target::term(static_cast<int>(threshold(dispersedMatrix, k)));
   }
   for (unsigned x = 0; x < count_; ++x, bgr += 3) {
     const uint8_t* levels = levelsAt[x & 7];
@@ -103,7 +101,7 @@ void PaintDitherer::runOrdered(uint8_t* packed, const uint8_t* bgr) {
 void PaintDitherer::runOrderedBits(uint8_t* packed, const uint8_t* bgr) {
   const ThresholdMatrix& matrix = clustered_ ? clusteredMatrix : dispersedMatrix;
   uint8_t thresholds[8];
-  for (unsigned k = 0; k < 8; ++k) thresholds[k] = matrix[y_ & 7][(x_ + k) & 7];
+  for (unsigned k = 0; k < 8; ++k) thresholds[k] = static_cast<uint8_t>(threshold(matrix, k));
   const uint8_t* levels = levels_ + levelsBase;
   for (unsigned x = 0; x < count_; ++x, bgr += 3) indexes_[x] = levels[luminance(bgr[2], bgr[1], bgr[0])];
   thresholdRow(packed, indexes_.get(), count_, thresholds);

@@ -5,19 +5,27 @@
 
 #include <cstdint>
 
+#include "color/threshold.h"
 #include "core/memory.h"
 #include "core/settings.h"
 
 namespace zavo {
 
-// Turns rows of blue-green-red bytes into packed palette indexes. Planned once a paint; rows come in order.
+// Where the lines of a paint lie, in pixels from the destination's top left corner, which the ordered pattern is tied
+// to: so a picture looks the same whichever way it is stored and whichever part of it is painted.
+struct DitherPlace {
+  unsigned x;   // of the first line's first pixel
+  unsigned y;   // likewise
+  bool turned;  // lines go upwards and follow each other to the right; else to the right and downwards
+};
+
+// Turns lines of blue-green-red bytes into packed palette indexes. Planned once a paint; lines come in order.
 class PaintDitherer {
  public:
-  // `outputBits` is 1, 4 or 8; `count` the pixels of every row; `x` and `y` where the first row begins, in pixels from
-  // the destination's corner, which the ordered pattern is tied to. KSUCCESS or KERR_NO_MEMORY.
-  [[nodiscard]] int prepare(const ThreadSettings& settings, int outputBits, unsigned count, unsigned x, unsigned y);
+  // `outputBits` is 1, 4 or 8; `count` the pixels of every line. KSUCCESS or KERR_NO_MEMORY.
+  [[nodiscard]] int prepare(const ThreadSettings& settings, int outputBits, unsigned count, const DitherPlace& place);
 
-  // The next row: `count` pixels in, packed indexes out.
+  // The next line: `count` pixels in, packed indexes out.
   void run(uint8_t* packed, const uint8_t* bgr);
 
   // The colours that the indexes stand for, 1 << outputBits of them.
@@ -31,6 +39,10 @@ class PaintDitherer {
 
   void chooseWorker(bool ordered);
   void buildLevels(const uint8_t adjust[256]);
+  // The current line's threshold for its pixel k, repeated every 8.
+  [[nodiscard]] unsigned threshold(const ThresholdMatrix& matrix, unsigned k) const {
+    return place_.turned ? matrix[(place_.y - k) & 7][place_.x & 7] : matrix[place_.y & 7][(place_.x + k) & 7];
+  }
   template <typename Chooser>
   void runOrdered(uint8_t* packed, const uint8_t* bgr);
   void runOrderedBits(uint8_t* packed, const uint8_t* bgr);
@@ -42,8 +54,7 @@ class PaintDitherer {
   bool cube_ = false;
   bool clustered_ = false;
   unsigned count_ = 0;
-  unsigned x_ = 0;
-  unsigned y_ = 0;
+  DitherPlace place_ = {};  // of the current line
   const RGBQUAD* palette_ = nullptr;
   // Output level of a channel value with its dither term, -256 to 511.
   uint8_t levels_[768];

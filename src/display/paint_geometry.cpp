@@ -9,7 +9,6 @@
 namespace zavo {
 namespace {
 
-// Destination pixels are clipped to what the device can address, which also keeps their number countable.
 int divideUp(int64_t product, int64_t by) {
   return static_cast<int>((product + by - 1) / by);
 }
@@ -65,10 +64,6 @@ bool PaintGeometry::resolve(const BitmapHandle& bitmap, const PaintRequest& requ
 
 bool PaintGeometry::isSameSize() const {
   return destinationWidth() == sourceWidth() && destinationHeight() == sourceHeight();
-}
-
-bool PaintGeometry::isShrinking() const {
-  return destinationWidth() < sourceWidth() && destinationHeight() < sourceHeight();
 }
 
 }  // namespace zavo

@@ -32,8 +32,6 @@ class PaintGeometry {
 
   // No scaling either way.
   [[nodiscard]] bool isSameSize() const;
-  // The destination is smaller than the source in both directions.
-  [[nodiscard]] bool isShrinking() const;
 
   // Seen size of the whole source and size of the whole destination rectangle.
   [[nodiscard]] unsigned sourceWidth() const { return static_cast<unsigned>(source_.right - source_.left); }

@@ -39,11 +39,7 @@ unsigned LineWalk::rowsOfLine() const {
 }
 
 void LineWalk::advance() {
-  if (turned_) {
-    steps_.advance();
-  } else {
-    steps_.retreat();
-  }
+  repeats_ = (turned_ ? steps_.advance() : steps_.retreat()) == 0;
 }
 
 int PaintLines::open(const PaintGeometry& geometry) {

@@ -26,6 +26,8 @@ class LineWalk {
   // rowsOfLine() rows of which row 0 is the one it takes.
   [[nodiscard]] unsigned storedRow(unsigned k = 0) const;
   [[nodiscard]] unsigned rowsOfLine() const;
+  // The current line takes the row that the line before took.
+  [[nodiscard]] bool repeats() const { return repeats_; }
   void advance();
 
  private:
@@ -35,6 +37,7 @@ class LineWalk {
   unsigned lines_;
   unsigned pixels_;
   Stepping steps_;
+  bool repeats_ = false;
 };
 
 // Makes the lines of a paint, at the bitmap's own depth.
@@ -53,6 +56,8 @@ class PaintLines {
 
   // Writes the current line and goes to the next. KSUCCESS or the code of the row that could not be read.
   [[nodiscard]] int make(uint8_t* line);
+  // Goes to the next line without writing the current one.
+  void skip() { walk_.advance(); }
 
  private:
   BitmapHandle& bitmap_;

@@ -1,7 +1,10 @@
 // Painting through a bitmap's region: the region, scaled to the destination, becomes the clip for one paint.
 #include <zavo.h>
 
+#include <algorithm>
+
 #include "core/owners.h"
+#include "core/perspective.h"
 #include "core/status.h"
 
 namespace zavo {
@@ -12,13 +15,17 @@ template <typename Paint>
 int paintThroughRegion(HDC dc, BitmapHandle* bitmap, const RECT* destination, Paint paint) {
   if (bitmap == nullptr) return KERR_BAD_BITMAP;
   if (destination == nullptr) return KERR_BAD_PARAMETER;
-  RegionXForm transform = {.ViewPerspective = 0,
-                           .XScaleNumerator = destination->right - destination->left,
-                           .XScaleDenominator = bitmap->Width,
-                           .YScaleNumerator = destination->bottom - destination->top,
-                           .YScaleDenominator = bitmap->Height,
-                           .XOffset = destination->left,
-                           .YOffset = destination->top};
+  const ImageSize seen = sizeInFrame(*bitmap, VIEW_UPRIGHT);
+  // Painting takes a destination upside down as well.
+  const LONG top = std::min(destination->top, destination->bottom);
+  const LONG bottom = std::max(destination->top, destination->bottom);
+  const RegionXForm transform = {.ViewPerspective = 0,
+                                 .XScaleNumerator = destination->right - destination->left,
+                                 .XScaleDenominator = seen.width,
+                                 .YScaleNumerator = bottom - top,
+                                 .YScaleDenominator = seen.height,
+                                 .XOffset = destination->left,
+                                 .YOffset = top};
   HRGN region = nullptr;
   int callerOwns = 0;
   const int status = Zv_IntGetBitmapRgnHandle(bitmap, &transform, &region, &callerOwns);

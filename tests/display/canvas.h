@@ -1,0 +1,110 @@
+// Devices for painting tests: a memory surface whose pixels can be read, and devices of depths that no screen has.
+#pragma once
+
+#include <zavo.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "support/import_patch.h"
+
+namespace zavotest {
+
+constexpr uint32_t untouched = 0x123456;  // what a canvas is filled with
+
+// A memory device context over 32-bit pixels.
+class Canvas {
+ public:
+  Canvas(int width, int height) : width_(width), height_(height), dc_(CreateCompatibleDC(nullptr)) {
+    BITMAPINFO info = {};
+    info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    bitmap_ = CreateDIBSection(dc_, &info, DIB_RGB_COLORS, reinterpret_cast<void**>(&bits_), nullptr, 0);
+    displaced_ = SelectObject(dc_, bitmap_);
+    clear();
+  }
+  Canvas(const Canvas&) = delete;
+  Canvas& operator=(const Canvas&) = delete;
+  ~Canvas() {
+    SelectObject(dc_, displaced_);
+    DeleteObject(bitmap_);
+    DeleteDC(dc_);
+  }
+
+  void clear() { std::fill_n(bits_, count(), untouched); }
+  [[nodiscard]] HDC dc() const { return dc_; }
+  [[nodiscard]] int width() const { return width_; }
+  [[nodiscard]] int height() const { return height_; }
+  // 0xRRGGBB, row by row from the top.
+  [[nodiscard]] std::vector<uint32_t> pixels() const {
+    GdiFlush();
+    std::vector<uint32_t> result(bits_, bits_ + count());
+    for (uint32_t& pixel : result) pixel &= 0xFFFFFF;
+    return result;
+  }
+
+ private:
+  [[nodiscard]] size_t count() const { return static_cast<size_t>(width_) * static_cast<size_t>(height_); }
+
+  int width_;
+  int height_;
+  HDC dc_;
+  HBITMAP bitmap_;
+  HGDIOBJ displaced_;
+  uint32_t* bits_ = nullptr;
+};
+
+// While it lives, the library takes every device for one of so many bits and of this technology.
+class FakeDevice {
+ public:
+  explicit FakeDevice(int bits, int planes = 1, int technology = DT_RASDISPLAY)
+      : caps_([=, this](HDC dc, int index) {
+          if (index == BITSPIXEL) return bits;
+          if (index == PLANES) return planes;
+          return index == TECHNOLOGY ? technology : caps_.original(dc, index);
+        }) {}
+
+ private:
+  Replacement<"GetDeviceCaps", decltype(&GetDeviceCaps)> caps_;
+};
+
+// A palette selected into a device context and deleted at the end; null changes nothing.
+class SelectedPalette {
+ public:
+  SelectedPalette(HDC dc, HPALETTE palette) : dc_(dc), palette_(palette) {
+    if (palette == nullptr) return;
+    displaced_ = SelectPalette(dc, palette, FALSE);
+    RealizePalette(dc);
+  }
+  SelectedPalette(const SelectedPalette&) = delete;
+  SelectedPalette& operator=(const SelectedPalette&) = delete;
+  ~SelectedPalette() {
+    if (palette_ == nullptr) return;
+    SelectPalette(dc_, displaced_, FALSE);
+    DeleteObject(palette_);
+  }
+
+ private:
+  HDC dc_;
+  HPALETTE palette_;
+  HPALETTE displaced_ = nullptr;
+};
+
+// The thread's painting settings, put back to the defaults at the end.
+class PaintSettings {
+ public:
+  explicit PaintSettings(unsigned flags = PAINT_DITHER) { Zv_SetDisplayMode(~0u, flags); }
+  PaintSettings(const PaintSettings&) = delete;
+  PaintSettings& operator=(const PaintSettings&) = delete;
+  ~PaintSettings() {
+    Zv_SetDisplayMode(~0u, PAINT_INDEX_COLORS | PAINT_DITHER);
+    adjust(0, 0, 100);
+  }
+  static void adjust(int intensity, int contrast, int gamma) {
+    Zv_SetPaintIntensity(intensity);
+    Zv_SetPaintContrast(contrast);
+    Zv_SetPaintGamma(gamma);
+  }
+};
+
+}  // namespace zavotest

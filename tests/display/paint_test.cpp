@@ -1,0 +1,337 @@
+// Painting compared pixel by pixel with a model: every depth, perspective and storage, every kind of rectangle, on
+// devices of every depth.
+#include <zavo.h>
+
+#include <gtest/gtest.h>
+
+#include "display/canvas.h"
+#include "display/paint_model.h"
+#include "support/refusals.h"
+
+namespace zavotest {
+namespace {
+
+constexpr int perspectives[] = {1, 2, 4, 8, 0, 3};
+
+// A bitmap of noise of any depth, perspective, order and storage; palettes are random, or grey for 1 bit.
+struct RandomBitmap : TestBitmap {
+  RandomBitmap(std::mt19937& random, int bits)
+      : TestBitmap(static_cast<int>(random() % 40) + 1, static_cast<int>(random() % 40) + 1, bits,
+                   bits == 1 && random() % 2 != 0 ? ALLOC_MEMORY | ALLOC_RUNLENGTH : ALLOC_MEMORY) {
+    fillWithNoise(*this, random);
+    if (bits <= 8) giveRandomPalette(*this, random);
+    ViewPerspective = perspectives[random() % std::size(perspectives)];
+    if (bits > 8) ColorOrder = static_cast<int>(random() % 2);
+  }
+};
+
+void describe(const BitmapHandle& bitmap, const PaintRects& rects, unsigned flags) {
+  const auto say = [](const char* name, const RECT& r) {
+    std::printf("%s %ld,%ld,%ld,%ld\n", name, r.left, r.top, r.right, r.bottom);
+  };
+  std::printf("%d x %d, %d bits, perspective %d, order %d, handle flags %#x, display mode %#x\n", bitmap.Width,
+              bitmap.Height, bitmap.BitsPerPixel, bitmap.ViewPerspective, bitmap.ColorOrder, bitmap.Flags, flags);
+  if (rects.source) say("source", *rects.source);
+  if (rects.sourceClip) say("source clip", *rects.sourceClip);
+  say("destination", rects.destination);
+  if (rects.destinationClip) say("destination clip", *rects.destinationClip);
+}
+
+int paint(HDC dc, BitmapHandle& bitmap, const PaintRects& rects) {
+  return Zv_PaintDC(dc, &bitmap, PaintRects::pointer(rects.source), PaintRects::pointer(rects.sourceClip),
+                    &rects.destination, PaintRects::pointer(rects.destinationClip), SRCCOPY);
+}
+
+// Paints by colour or through a selected palette and holds the canvas against the model.
+void expectPainted(Canvas& canvas, BitmapHandle& bitmap, const PaintRects& rects, int deviceBits, unsigned flags) {
+  const PaintSettings settings(flags);
+  canvas.clear();
+  std::vector<uint32_t> expected = canvas.pixels();
+  PaintModel model(canvas.width(), canvas.height(), expected);
+  const FakeDevice device(deviceBits);
+  int mode = -1;
+  Zv_GetDitherFlags(canvas.dc(), &bitmap, nullptr, &mode);
+  model.paint(bitmap, rects, mode, deviceBits);
+  const bool byIndex = (flags & PAINT_INDEX_COLORS) != 0;
+  const SelectedPalette palette(canvas.dc(), byIndex ? Zv_CreatePaintPalette(canvas.dc(), &bitmap) : nullptr);
+  ASSERT_EQ(paint(canvas.dc(), bitmap, rects), KSUCCESS);
+  EXPECT_EQ(bitmap.Flags & BMF_LOCKED, 0u);
+  const std::vector<uint32_t> painted = canvas.pixels();
+  for (size_t i = 0; i < painted.size(); ++i) {
+    if (painted[i] == expected[i]) continue;
+    describe(bitmap, rects, flags);
+    const auto width = static_cast<size_t>(canvas.width());
+    FAIL() << "mode " << mode << ": pixel " << i % width << ", " << i / width << std::hex << " is " << painted[i]
+           << " instead of " << expected[i];
+  }
+}
+
+class PaintDepths : public testing::TestWithParam<int> {};
+INSTANTIATE_TEST_SUITE_P(Depths, PaintDepths, testing::ValuesIn(allDepths));
+
+TEST_P(PaintDepths, ShowsWhatTheModelShows) {
+  Canvas canvas(60, 50);
+  constexpr int adjustments[][3] = {{0, 0, 100}, {0, 0, 100}, {150, 400, 180}, {-200, -300, 70}};
+  for (unsigned index = 0; index < 400; ++index) {
+    SCOPED_TRACE(testing::Message() << "case " << index);
+    std::mt19937 random(index * 64 + static_cast<unsigned>(GetParam()));
+    RandomBitmap bitmap(random, GetParam());
+    const PaintRects rects = randomRects(random, bitmap, canvas.width(), canvas.height());
+    constexpr int devices[] = {1, 4, 8, 24};
+    constexpr unsigned used =
+        PAINT_ORDERED_DITHER | PAINT_INDEX_COLORS | PAINT_CLUSTERED_DOT | PAINT_FIXED_PALETTE | PAINT_CUBE_PALETTE;
+    const unsigned flags = (random() & used) | (random() % 4 != 0 ? unsigned{PAINT_DITHER} : 0u);
+    const auto& a = adjustments[random() % 4];
+    const PaintSettings settings;
+    PaintSettings::adjust(a[0], a[1], a[2]);
+    expectPainted(canvas, bitmap, rects, devices[random() % 4], flags);
+    if (HasFailure()) return;
+  }
+}
+
+TEST(PaintGray, ShowsTheCoverageOfBlackAndWhite) {
+  Canvas canvas(40, 40);
+  for (unsigned index = 0; index < 600; ++index) {
+    SCOPED_TRACE(testing::Message() << "case " << index);
+    std::mt19937 random(index);
+    RandomBitmap bitmap(random, 1);
+    RGBQUAD colors[2] = {{0, 0, 0, 0}, {255, 255, 255, 0}};
+    if (random() % 2 != 0) std::swap(colors[0], colors[1]);
+    DeleteObject(bitmap.Palette);
+    bitmap.Palette = Zv_CreatePalette(colors, 2);
+    const PaintRects rects = randomRects(random, bitmap, canvas.width(), canvas.height());
+    const bool same = rects.destination.right - rects.destination.left ==
+                      (rects.source ? rects.source->right - rects.source->left : bitmap.Width);
+    // The second painter leaves pictures of the same size as they are; the model knows it by its mode only.
+    const unsigned painter = same || random() % 2 != 0 ? PAINT_GRAY_1BIT : PAINT_GRAY_1BIT_ALT;
+    const PaintSettings settings;
+    if (random() % 3 == 0) PaintSettings::adjust(0, 300, 160);
+    // Only the first painter's palette holds the grey levels.
+    const unsigned byIndex = painter == PAINT_GRAY_1BIT && random() % 3 == 0 ? unsigned{PAINT_INDEX_COLORS} : 0u;
+    expectPainted(canvas, bitmap, rects, 24, painter | byIndex);
+    if (HasFailure()) return;
+  }
+}
+
+TEST(Paint, TheSecondGrayPainterLeavesTheSameSizeBlackAndWhite) {
+  Canvas canvas(20, 20);
+  std::mt19937 random(5);
+  TestBitmap bitmap(20, 10, 1);
+  fillWithNoise(bitmap, random);
+  const PaintSettings settings(PAINT_GRAY_1BIT_ALT);
+  PaintRects rects;
+  rects.destination = {0, 0, 20, 10};
+  std::vector<uint32_t> expected = canvas.pixels();
+  PaintModel(20, 20, expected).paint(bitmap, rects, 0, 24);
+  ASSERT_EQ(paint(canvas.dc(), bitmap, rects), KSUCCESS);
+  EXPECT_EQ(canvas.pixels(), expected);
+}
+
+// What a user sees does not depend on how the picture is stored.
+TEST(Paint, OrderedDitheringIsTheSameInEveryPerspective) {
+  const PaintSettings settings(PAINT_DITHER | PAINT_ORDERED_DITHER);
+  std::mt19937 random(3);
+  TestBitmap bitmap(37, 21, 24);
+  fillWithNoise(bitmap, random);
+  const RECT destination = {3, 1, 60, 40};
+  for (const int bits : {1, 4, 8}) {
+    const FakeDevice device(bits);
+    std::vector<uint32_t> first;
+    for (const int perspective : {1, 2, 4, 8}) {
+      ASSERT_EQ(Zv_ChangeBitmapViewPerspective(nullptr, &bitmap, perspective), KSUCCESS);
+      Canvas canvas(64, 42);
+      ASSERT_EQ(Zv_PaintDC(canvas.dc(), &bitmap, nullptr, nullptr, &destination, nullptr, SRCCOPY), KSUCCESS);
+      if (first.empty()) first = canvas.pixels();
+      EXPECT_EQ(canvas.pixels(), first) << bits << " bits, perspective " << perspective;
+    }
+  }
+}
+
+// A picture painted in strips is the picture painted at once.
+TEST(Paint, DestinationClipsJoinWithoutASeam) {
+  const PaintSettings settings(PAINT_DITHER | PAINT_ORDERED_DITHER);
+  const FakeDevice device(8);
+  std::mt19937 random(4);
+  TestBitmap bitmap(50, 40, 24);
+  fillWithNoise(bitmap, random);
+  for (const RECT destination : {RECT{2, 3, 59, 44}, RECT{-3, -2, 91, 64}, RECT{1, 1, 24, 18}}) {
+    Canvas whole(64, 48), strips(64, 48);
+    ASSERT_EQ(Zv_PaintDC(whole.dc(), &bitmap, nullptr, nullptr, &destination, nullptr, SRCCOPY), KSUCCESS);
+    for (LONG top = 0; top < 48; top += 5) {
+      for (LONG left = 0; left < 64; left += 11) {
+        const RECT clip = {left, top, left + 11, top + 5};
+        ASSERT_EQ(Zv_PaintDC(strips.dc(), &bitmap, nullptr, nullptr, &destination, &clip, SRCCOPY), KSUCCESS);
+      }
+    }
+    EXPECT_EQ(strips.pixels(), whole.pixels());
+  }
+}
+
+TEST(Paint, RasterOperationIsPassedOn) {
+  const PaintSettings settings;
+  Canvas canvas(8, 8);
+  TestBitmap bitmap(8, 8, 24);
+  std::vector<uint8_t> row(bitmap.BytesPerLine, 0xF0);
+  for (unsigned y = 0; y < 8; ++y) Zv_PutBitmapRow(&bitmap, row.data(), y, bitmap.BytesPerLine);
+  const RECT all = {0, 0, 8, 8};
+  ASSERT_EQ(Zv_PaintDC(canvas.dc(), &bitmap, nullptr, nullptr, &all, nullptr, SRCINVERT), KSUCCESS);
+  EXPECT_EQ(canvas.pixels(), std::vector<uint32_t>(64, untouched ^ 0xF0F0F0));
+}
+
+// --- Bands
+
+struct Band {
+  RECT area;
+  size_t bytes;
+  const void* header;
+};
+
+// Notes the bands handed to the graphics interface.
+class BandWatch {
+ public:
+  BandWatch()
+      : calls_([this](HDC dc, int x, int y, int width, int height, int sx, int sy, int sw, int sh, const void* pixels,
+                      const BITMAPINFO* info, UINT usage, DWORD rop) {
+          bands.push_back({{x, y, x + width, y + height}, info->bmiHeader.biSizeImage, info});
+          return calls_.original(dc, x, y, width, height, sx, sy, sw, sh, pixels, info, usage, rop);
+        }) {}
+  std::vector<Band> bands;
+
+ private:
+  Replacement<"StretchDIBits", decltype(&StretchDIBits)> calls_;
+};
+
+TEST(PaintBands, StayWithin256KilobytesAndCoverThePicture) {
+  Canvas canvas(1000, 700);
+  std::mt19937 random(6);
+  const struct {
+    int width, height, bits, deviceBits;
+  } cases[] = {{640, 410, 24, 24}, {500, 333, 1, 24}, {700, 690, 8, 24}, {512, 512, 24, 8},
+               {600, 400, 3, 24},  {90, 60, 1, 24},   {333, 700, 5, 4},  {410, 640, 32, 24}};
+  for (const auto& c : cases) {
+    for (const int perspective : {1, 2, 4, 8}) {
+      SCOPED_TRACE(testing::Message() << c.width << " x " << c.height << ", " << c.bits << " bits to " << c.deviceBits
+                                      << ", perspective " << perspective);
+      TestBitmap bitmap(c.width, c.height, c.bits);
+      fillWithNoise(bitmap, random);
+      bitmap.ViewPerspective = perspective;
+      PaintRects rects;
+      rects.destination = {5, 3, 990, 695};
+      const BandWatch watch;
+      expectPainted(canvas, bitmap, rects, c.deviceBits, PAINT_DITHER | PAINT_ORDERED_DITHER);
+      RECT covered = {};
+      int64_t area = 0;
+      for (const Band& band : watch.bands) {
+        EXPECT_LE(band.bytes, 0x40000u);
+        UnionRect(&covered, &covered, &band.area);
+        area += int64_t{band.area.right - band.area.left} * (band.area.bottom - band.area.top);
+      }
+      EXPECT_TRUE(EqualRect(&covered, &rects.destination));
+      EXPECT_EQ(area, int64_t{985} * 692);
+      if (HasFailure()) return;
+    }
+  }
+}
+
+TEST(PaintBands, ARasterPrinterHasAHeaderOfItsOwn) {
+  const PaintSettings settings;
+  Canvas canvas(8, 8);
+  TestBitmap bitmap(8, 8, 8);
+  const RECT all = {0, 0, 8, 8};
+  const BandWatch watch;
+  for (const int technology : {DT_RASDISPLAY, DT_RASPRINTER, DT_RASDISPLAY}) {
+    const FakeDevice device(24, 1, technology);
+    ASSERT_EQ(Zv_PaintDC(canvas.dc(), &bitmap, nullptr, nullptr, &all, nullptr, SRCCOPY), KSUCCESS);
+  }
+  ASSERT_EQ(watch.bands.size(), 3u);
+  EXPECT_NE(watch.bands[0].header, watch.bands[1].header);
+  EXPECT_EQ(watch.bands[0].header, watch.bands[2].header);
+}
+
+// --- Arguments and failures
+
+TEST(Paint, RefusesMissingArguments) {
+  const PaintSettings settings;
+  const Canvas canvas(8, 8);
+  const RECT all = {0, 0, 8, 8};
+  TestBitmap bitmap(8, 8, 8);
+  TestBitmap none;
+  EXPECT_EQ(Zv_PaintDC(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, SRCCOPY), KERR_BAD_BITMAP);
+  EXPECT_EQ(Zv_PaintDC(canvas.dc(), &none, nullptr, nullptr, &all, nullptr, SRCCOPY), KERR_BAD_BITMAP);
+  EXPECT_EQ(Zv_PaintDC(nullptr, &bitmap, nullptr, nullptr, &all, nullptr, SRCCOPY), KERR_BAD_PARAMETER);
+  EXPECT_EQ(Zv_PaintDC(canvas.dc(), &bitmap, nullptr, nullptr, nullptr, nullptr, SRCCOPY), KERR_BAD_PARAMETER);
+}
+
+TEST(Paint, PaintsNothingWhereNothingIsLeft) {
+  const PaintSettings settings;
+  const Canvas canvas(8, 8);
+  TestBitmap bitmap(8, 8, 8);
+  const RECT all = {0, 0, 8, 8}, beside = {9, 0, 12, 8}, flat = {0, 3, 8, 3}, thin = {4, 0, 4, 8};
+  const RECT inverted = {8, 0, 0, 8}, endless = {INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
+  const RECT* const cases[][4] = {
+      {&beside, nullptr, &all, nullptr},  {&all, &beside, &all, nullptr},     {&all, &flat, &all, nullptr},
+      {&flat, nullptr, &all, nullptr},    {&thin, nullptr, &all, nullptr},    {&inverted, nullptr, &all, nullptr},
+      {nullptr, nullptr, &flat, nullptr}, {nullptr, nullptr, &thin, nullptr}, {nullptr, nullptr, &inverted, nullptr},
+      {nullptr, nullptr, &all, &beside},  {nullptr, nullptr, &all, &flat},    {&endless, nullptr, &all, nullptr},
+      {nullptr, nullptr, &endless, &all}};
+  const std::vector<uint32_t> before = canvas.pixels();
+  for (size_t i = 0; i < std::size(cases); ++i) {
+    const auto& c = cases[i];
+    EXPECT_EQ(Zv_PaintDC(canvas.dc(), &bitmap, c[0], c[1], c[2], c[3], SRCCOPY), KSUCCESS) << i;
+    EXPECT_EQ(canvas.pixels(), before) << i;
+  }
+}
+
+// Coordinates whose products do not fit 32 bits.
+TEST(Paint, HugeRectanglesShowTheRightPart) {
+  const PaintSettings settings;
+  Canvas canvas(40, 30);
+  std::mt19937 random(8);
+  TestBitmap bitmap(700, 5, 8);
+  fillWithNoise(bitmap, random);
+  for (const LONG scale : {1000, 100000, 3000000}) {
+    SCOPED_TRACE(scale);
+    PaintRects rects;
+    rects.destination = {-350 * scale, -2 * scale, 350 * scale, 3 * scale};
+    rects.destinationClip = RECT{0, 0, 40, 30};
+    expectPainted(canvas, bitmap, rects, 24, 0);
+  }
+}
+
+TEST(Paint, ADeviceThatRefusesIsNotReported) {
+  const PaintSettings settings;
+  Canvas canvas(8, 8);
+  TestBitmap bitmap(8, 8, 8);
+  const RECT all = {0, 0, 8, 8};
+  const Refusal refusal("StretchDIBits", 1, Repeat::fromThenOn);
+  EXPECT_EQ(Zv_PaintDC(canvas.dc(), &bitmap, nullptr, nullptr, &all, nullptr, SRCCOPY), KSUCCESS);
+  EXPECT_STREQ(refusal.refused(), "StretchDIBits");
+}
+
+TEST(Paint, GivesEverythingBackWhenMemoryRunsOut) {
+  const Canvas canvas(40, 40);
+  const struct {
+    int bits, perspective, deviceBits;
+    unsigned flags, leastPoints;
+  } cases[] = {{24, 1, 24, 0, 3},
+               {3, 4, 24, 0, 5},
+               {24, 8, 8, PAINT_DITHER, 7},
+               {24, 1, 1, PAINT_DITHER | PAINT_ORDERED_DITHER, 5},
+               {1, 4, 24, PAINT_GRAY_1BIT, 5}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.bits << " bits, perspective " << c.perspective);
+    const PaintSettings settings(c.flags);
+    const FakeDevice device(c.deviceBits);
+    refuseEachResource({.leastPoints = c.leastPoints}, [&](RefusalRound& round) {
+      TestBitmap bitmap(30, 20, c.bits);
+      bitmap.ViewPerspective = c.perspective;
+      round.keeps(bitmap);
+      const RECT all = {0, 0, 40, 40};
+      round.run([&] { return Zv_PaintDC(canvas.dc(), &bitmap, nullptr, nullptr, &all, nullptr, SRCCOPY); });
+      EXPECT_EQ(bitmap.Flags & BMF_LOCKED, 0u);
+    });
+  }
+}
+
+}  // namespace
+}  // namespace zavotest
