@@ -83,7 +83,8 @@ HBITMAP ZAVO_CALL Zv_ChangeToDDB(HDC dc, BitmapHandle* bitmap) {
 
 int ZAVO_CALL Zv_ConvertFromDDB(HDC dc, BitmapHandle* bitmap, HBITMAP source, HPALETTE palette) {
   BITMAP described;
-  if (bitmap == nullptr || source == nullptr || GetObjectA(source, sizeof described, &described) == 0) {
+  if (bitmap == nullptr || source == nullptr || GetObjectType(source) != OBJ_BITMAP ||
+      GetObjectA(source, sizeof described, &described) == 0) {
     return KERR_BAD_PARAMETER;
   }
   GlobalMemory dib;

@@ -51,6 +51,16 @@ bool unpackStorage(BitmapHandle& bitmap) {
   return true;
 }
 
+// Rows that run along the picture's columns are stored anew, bottom-up: aside, because a change in place that fails
+// half-way leaves the picture mirrored.
+bool unturn(BitmapHandle& bitmap) {
+  if (!isRotated(bitmap.ViewPerspective)) return true;
+  OwnedBitmap unturned;
+  if (Zv_ChangeBitmapViewPerspective(unturned.get(), &bitmap, VIEW_BOTTOM_UP) != KSUCCESS) return false;
+  unturned.moveInto(bitmap);
+  return true;
+}
+
 void describe(SectionInfo& info, BitmapHandle& bitmap) {
   info = {};
   info.header.biSize = sizeof(BITMAPINFOHEADER);
@@ -62,7 +72,7 @@ void describe(SectionInfo& info, BitmapHandle& bitmap) {
   if (bitmap.BitsPerPixel <= 8) (void)Zv_GetBitmapColors(&bitmap, 0, bitmap.ColorCount, info.colors);
 }
 
-// Selects the bitmap's pixels, and its region as the clip, into a memory device context.
+// Selects the bitmap's pixels into a memory device context.
 bool selectPixels(HDC dc, BitmapHandle& bitmap, CreateDIBSectionFunction createSection) {
   SectionInfo info;
   describe(info, bitmap);
@@ -71,11 +81,16 @@ bool selectPixels(HDC dc, BitmapHandle& bitmap, CreateDIBSectionFunction createS
       createSection(dc, reinterpret_cast<const BITMAPINFO*>(&info), DIB_RGB_COLORS, &bits, bitmap.StorageHandle, 0);
   if (section == nullptr) return false;
   DeleteObject(SelectObject(dc, section));
-  HRGN clip = nullptr;
-  if (bitmap.Region != nullptr && Zv_GetBitmapRgnHandle(&bitmap, nullptr, &clip) == KSUCCESS && clip != nullptr) {
-    SelectClipRgn(dc, clip);
-    DeleteObject(clip);
-  }
+  return true;
+}
+
+// The bitmap's region as it lies on the picture, null for none. False when it cannot be had.
+bool clipOf(RegionObject& clip, BitmapHandle& bitmap) {
+  if (bitmap.Region == nullptr) return true;
+  constexpr RegionXForm upright = {0, 1, 1, 1, 1, 0, 0};
+  HRGN region = nullptr;
+  if (Zv_GetBitmapRgnHandle(&bitmap, &upright, &region) != KSUCCESS) return false;
+  clip.reset(region);
   return true;
 }
 
@@ -89,13 +104,13 @@ HDC ZAVO_CALL Zv_CreateZavoDC(BitmapHandle* bitmap) {
   if (!unpackStorage(*bitmap)) return nullptr;
   const CreateDIBSectionFunction createSection = findCreateDIBSection();
   if (createSection == nullptr) return nullptr;
-  if (isRotated(bitmap->ViewPerspective) &&
-      Zv_ChangeBitmapViewPerspective(nullptr, bitmap, VIEW_BOTTOM_UP) != KSUCCESS) {
-    return nullptr;
-  }
+  if (!unturn(*bitmap)) return nullptr;
+  RegionObject clip;
+  if (!clipOf(clip, *bitmap)) return nullptr;
   const ScreenDC screen;
   MemoryDC dc(CreateCompatibleDC(screen.get()));
   if (!dc || !selectPixels(dc.get(), *bitmap, createSection)) return nullptr;
+  if (clip) SelectClipRgn(dc.get(), clip.get());
   return dc.release();
 }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <vector>
 
 #include "support/import_patch.h"
@@ -53,6 +54,16 @@ class Canvas {
   HGDIOBJ displaced_;
   uint32_t* bits_ = nullptr;
 };
+
+// The canvas holds these pixels; the failure text names the first that differs.
+inline testing::AssertionResult shows(const Canvas& canvas, const std::vector<uint32_t>& expected) {
+  const std::vector<uint32_t> shown = canvas.pixels();
+  const auto [at, other] = std::mismatch(shown.begin(), shown.end(), expected.begin());
+  if (at == shown.end()) return testing::AssertionSuccess();
+  const auto index = at - shown.begin();
+  return testing::AssertionFailure() << std::hex << *at << " instead of " << *other << std::dec << " at "
+                                     << index % canvas.width() << ", " << index / canvas.width();
+}
 
 // While it lives, the library takes every device for one of so many bits and of this technology.
 class FakeDevice {

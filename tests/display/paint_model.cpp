@@ -1,6 +1,7 @@
 #include "display/paint_model.h"
 
 #include <algorithm>
+#include <sstream>
 
 namespace zavotest {
 namespace {
@@ -52,6 +53,30 @@ PaintRects randomRects(std::mt19937& random, const BitmapHandle& bitmap, int can
   if (random() % 3 == 0) rects.destinationClip = randomRect(random, canvasWidth, canvasHeight);
   if (random() % 5 == 0) std::swap(rects.destination.top, rects.destination.bottom);
   return rects;
+}
+
+RandomBitmap::RandomBitmap(std::mt19937& random, int bits)
+    : TestBitmap(number(random, 1, 40), number(random, 1, 40), bits,
+                 bits == 1 && random() % 2 != 0 ? ALLOC_MEMORY | ALLOC_RUNLENGTH : ALLOC_MEMORY) {
+  constexpr int perspectives[] = {1, 2, 4, 8, 0, 3};
+  fillWithNoise(*this, random);
+  if (bits <= 8) giveRandomPalette(*this, random);
+  ViewPerspective = perspectives[random() % std::size(perspectives)];
+  if (bits > 8) ColorOrder = number(random, 0, 1);
+}
+
+std::string describe(const BitmapHandle& bitmap, const PaintRects& rects) {
+  std::ostringstream text;
+  const auto say = [&text](const char* name, const std::optional<RECT>& r) {
+    if (r) text << name << ' ' << r->left << ',' << r->top << ',' << r->right << ',' << r->bottom << '\n';
+  };
+  text << bitmap.Width << " x " << bitmap.Height << ", " << bitmap.BitsPerPixel << " bits, perspective "
+       << bitmap.ViewPerspective << ", order " << bitmap.ColorOrder << ", handle flags " << bitmap.Flags << '\n';
+  say("source", rects.source);
+  say("source clip", rects.sourceClip);
+  say("destination", rects.destination);
+  say("destination clip", rects.destinationClip);
+  return text.str();
 }
 
 // A grey paint palette is the table.

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "support/test_bitmap.h"
@@ -25,6 +26,14 @@ struct PaintRects {
 
 // Rectangles around a bitmap and a canvas of these sizes: stretched, shrunk, upside down, empty, reaching over.
 PaintRects randomRects(std::mt19937& random, const BitmapHandle& bitmap, int canvasWidth, int canvasHeight);
+
+// A bitmap of noise of any size, perspective, order, palette and storage.
+struct RandomBitmap : TestBitmap {
+  RandomBitmap(std::mt19937& random, int bits);
+};
+
+// For a failure's text.
+std::string describe(const BitmapHandle& bitmap, const PaintRects& rects);
 
 // Brightness, contrast and gamma, as the library's table has them.
 using AdjustTable = std::array<uint8_t, 256>;

@@ -11,32 +11,6 @@
 namespace zavotest {
 namespace {
 
-constexpr int perspectives[] = {1, 2, 4, 8, 0, 3};
-
-// A bitmap of noise of any depth, perspective, order and storage; palettes are random, or grey for 1 bit.
-struct RandomBitmap : TestBitmap {
-  RandomBitmap(std::mt19937& random, int bits)
-      : TestBitmap(static_cast<int>(random() % 40) + 1, static_cast<int>(random() % 40) + 1, bits,
-                   bits == 1 && random() % 2 != 0 ? ALLOC_MEMORY | ALLOC_RUNLENGTH : ALLOC_MEMORY) {
-    fillWithNoise(*this, random);
-    if (bits <= 8) giveRandomPalette(*this, random);
-    ViewPerspective = perspectives[random() % std::size(perspectives)];
-    if (bits > 8) ColorOrder = static_cast<int>(random() % 2);
-  }
-};
-
-void describe(const BitmapHandle& bitmap, const PaintRects& rects, unsigned flags) {
-  const auto say = [](const char* name, const RECT& r) {
-    std::printf("%s %ld,%ld,%ld,%ld\n", name, r.left, r.top, r.right, r.bottom);
-  };
-  std::printf("%d x %d, %d bits, perspective %d, order %d, handle flags %#x, display mode %#x\n", bitmap.Width,
-              bitmap.Height, bitmap.BitsPerPixel, bitmap.ViewPerspective, bitmap.ColorOrder, bitmap.Flags, flags);
-  if (rects.source) say("source", *rects.source);
-  if (rects.sourceClip) say("source clip", *rects.sourceClip);
-  say("destination", rects.destination);
-  if (rects.destinationClip) say("destination clip", *rects.destinationClip);
-}
-
 int paint(HDC dc, BitmapHandle& bitmap, const PaintRects& rects) {
   return Zv_PaintDC(dc, &bitmap, PaintRects::pointer(rects.source), PaintRects::pointer(rects.sourceClip),
                     &rects.destination, PaintRects::pointer(rects.destinationClip), SRCCOPY);
@@ -56,14 +30,8 @@ void expectPainted(Canvas& canvas, BitmapHandle& bitmap, const PaintRects& rects
   const SelectedPalette palette(canvas.dc(), byIndex ? Zv_CreatePaintPalette(canvas.dc(), &bitmap) : nullptr);
   ASSERT_EQ(paint(canvas.dc(), bitmap, rects), KSUCCESS);
   EXPECT_EQ(bitmap.Flags & BMF_LOCKED, 0u);
-  const std::vector<uint32_t> painted = canvas.pixels();
-  for (size_t i = 0; i < painted.size(); ++i) {
-    if (painted[i] == expected[i]) continue;
-    describe(bitmap, rects, flags);
-    const auto width = static_cast<size_t>(canvas.width());
-    FAIL() << "mode " << mode << ": pixel " << i % width << ", " << i / width << std::hex << " is " << painted[i]
-           << " instead of " << expected[i];
-  }
+  EXPECT_TRUE(shows(canvas, expected)) << "mode " << mode << ", display mode " << std::hex << flags << std::dec << "\n"
+                                       << describe(bitmap, rects);
 }
 
 class PaintDepths : public testing::TestWithParam<int> {};
