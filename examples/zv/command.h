@@ -27,5 +27,6 @@ extern const Command halftoneCommand;
 extern const Command combineCommand;
 extern const Command underlayCommand;
 extern const Command alphaCommand;
+extern const Command paintCommand;
 
 }  // namespace zv

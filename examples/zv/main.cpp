@@ -18,9 +18,10 @@ namespace zv {
 namespace {
 
 std::span<const Command* const> commands() {
-  static const Command* const all[] = {
-      &infoCommand,  &convertCommand, &regionCommand, &grayCommand, &halftoneCommand, &combineCommand, &underlayCommand,
-      &alphaCommand, &playCommand,    &printCommand,  &copyCommand, &pasteCommand,    &captureCommand};
+  static const Command* const all[] = {&infoCommand,  &convertCommand,  &regionCommand,  &paintCommand,
+                                       &grayCommand,  &halftoneCommand, &combineCommand, &underlayCommand,
+                                       &alphaCommand, &playCommand,     &printCommand,   &copyCommand,
+                                       &pasteCommand, &captureCommand};
   return all;
 }
 
