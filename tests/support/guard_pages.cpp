@@ -230,6 +230,10 @@ void installStandIns() {
 
 }  // namespace
 
+bool GuardPages::active() {
+  return guarding != 0;
+}
+
 GuardPages::GuardPages() {
   installStandIns();
   ++guarding;

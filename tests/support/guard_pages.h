@@ -13,6 +13,9 @@ class GuardPages {
   GuardPages(const GuardPages&) = delete;
   GuardPages& operator=(const GuardPages&) = delete;
   ~GuardPages();
+
+  // One of these lives. Memory that is seen through a section is then not what the section holds.
+  [[nodiscard]] static bool active();
 };
 
 }  // namespace zavotest
