@@ -114,7 +114,12 @@ TEST_F(Clipboard, PlacesWhatIsAskedForAndThere) {
               expected.formats);
     EXPECT_TRUE(before.unchanged());
   }
-  EXPECT_EQ(placed([&] { EXPECT_EQ(Zv_CopyToClipboard(window, &direct), 1); }), (std::vector<UINT>{CF_DIB, CF_BITMAP}));
+  // With and without a window that will own the clipboard.
+  for (HWND owner : {window, static_cast<HWND>(nullptr)}) {
+    EXPECT_EQ(placed([&] { EXPECT_EQ(Zv_CopyToClipboard(owner, &direct), 1); }),
+              (std::vector<UINT>{CF_DIB, CF_BITMAP}));
+    EXPECT_NE(Zv_ClipboardReady(), 0);
+  }
 }
 
 TEST_F(Clipboard, IsEmptiedOnlyWhenAskedTo) {
