@@ -73,13 +73,17 @@ class LineCounts {
   }
 
   void addRow(RunSpan runs) {
-    // Borders are looked up in rising order, first ones and last ones in a walk of their own, because the areas of an
-    // enlarged line overlap.
+    // Borders are looked up in rising order. Areas that do not begin where the one before ended, as in an enlarged
+    // line, have their first borders looked up in a walk of their own.
     ZeroCounter firsts(runs), lasts(runs);
+    unsigned end = 0;
+    unsigned beforeEnd = 0;
     for (unsigned i = 0; i < count_; ++i) {
       const unsigned k = falling_ ? count_ - 1 - i : i;
-      const unsigned before = firsts.before(areas_[k].first);
-      covered_[k] += lasts.before(areas_[k].last) - before;
+      const unsigned before = areas_[k].first == end ? beforeEnd : firsts.before(areas_[k].first);
+      end = areas_[k].last;
+      beforeEnd = lasts.before(end);
+      covered_[k] += beforeEnd - before;
     }
     ++rows_;
   }

@@ -1,5 +1,5 @@
-// Two ways of dithering (ordered, error diffusion) for four targets, written once each and combined as templates: a
-// target says how an adjusted pixel becomes an index.
+// Two ways of dithering (ordered, error diffusion) for four targets. A target says how an adjusted pixel becomes an
+// index; all but black and white do so channel by channel, which error diffusion makes use of.
 #include "display/paint_dither.h"
 
 #include <algorithm>
@@ -28,17 +28,20 @@ struct ColorCube {
   static int term(int threshold) { return threshold / 6 - 21; }
 };
 
-// Only black and the bright entries 9 to 15 are ever chosen, on purpose.
+// Entries by their bright channels: only black and the bright entries 9 to 15 are ever chosen, on purpose.
+constexpr uint8_t brightest[8] = {0, 9, 10, 11, 12, 13, 14, 15};
+
 struct Colors16 {
   static unsigned index(unsigned blue, unsigned green, unsigned red) {
-    const unsigned bright = (red >= 128 ? 1u : 0) | (green >= 128 ? 2u : 0) | (blue >= 128 ? 4u : 0);
-    return bright != 0 ? bright + 8 : 0;
+    return brightest[(red >= 128 ? 1u : 0) | (green >= 128 ? 2u : 0) | (blue >= 128 ? 4u : 0)];
   }
   static int term(int threshold) { return threshold - 127; }  // keeps 0 and 255 what they are
 };
 
-// A marker: single bits compare brightness, see runOrderedBits and runDiffused.
-struct BlackWhite {};
+unsigned (*indexFunction(int outputBits, bool cube))(unsigned blue, unsigned green, unsigned red) {
+  if (outputBits == 4) return &Colors16::index;
+  return cube ? &ColorCube::index : &Colors332::index;
+}
 
 int clampLevel(int level) {
   return std::clamp(level, 0, 255);
@@ -59,8 +62,9 @@ int PaintDitherer::prepare(const ThreadSettings& settings, int outputBits, unsig
   indexes_ = OsBlock<uint8_t>::allocate(count);
   if (!indexes_) return KERR_NO_MEMORY;
   if (ordered) return KSUCCESS;
-  errors_ = OsBlock<Triple>::allocateZeroed(count);
-  return errors_ ? KSUCCESS : KERR_NO_MEMORY;
+  errors_ = OsBlock<Triple>::allocateZeroed(uint64_t{count} + 1);
+  const bool steps = outputBits == 1 || buildSteps(indexFunction(outputBits, cube_));
+  return errors_ && steps ? KSUCCESS : KERR_NO_MEMORY;
 }
 
 void PaintDitherer::run(uint8_t* packed, const uint8_t* bgr) {
@@ -69,14 +73,14 @@ void PaintDitherer::run(uint8_t* packed, const uint8_t* bgr) {
 }
 
 void PaintDitherer::chooseWorker(bool ordered) {
-  if (outputBits_ == 1) {
-    run_ = ordered ? &PaintDitherer::runOrderedBits : &PaintDitherer::runDiffused<BlackWhite>;
+  if (!ordered) {
+    run_ = outputBits_ == 1 ? &PaintDitherer::runDiffusedBits : &PaintDitherer::runDiffused;
+  } else if (outputBits_ == 1) {
+    run_ = &PaintDitherer::runOrderedBits;
   } else if (outputBits_ == 4) {
-    run_ = ordered ? &PaintDitherer::runOrdered<Colors16> : &PaintDitherer::runDiffused<Colors16>;
-  } else if (cube_) {
-    run_ = ordered ? &PaintDitherer::runOrdered<ColorCube> : &PaintDitherer::runDiffused<ColorCube>;
+    run_ = &PaintDitherer::runOrdered<Colors16>;
   } else {
-    run_ = ordered ? &PaintDitherer::runOrdered<Colors332> : &PaintDitherer::runDiffused<Colors332>;
+    run_ = cube_ ? &PaintDitherer::runOrdered<ColorCube> : &PaintDitherer::runOrdered<Colors332>;
   }
 }
 
@@ -107,40 +111,71 @@ void PaintDitherer::runOrderedBits(uint8_t* packed, const uint8_t* bgr) {
   thresholdRow(packed, indexes_.get(), count_, thresholds);
 }
 
-// Errors go on in sixteenths: 7 to the next pixel, 3, 5 and 1 to the row below. The slot of a pixel is read for this
-// row and at once begins to gather for the next; what lies below-right waits in `ahead` until its slot is read.
-template <typename Target>
+// What a channel alone makes of its value and the error carried to it, which together stay within -255 to 510.
+bool PaintDitherer::buildSteps(IndexFunction index) {
+  steps_ = OsBlock<Step>::allocate(3 * levelCount);
+  if (!steps_) return false;
+  for (unsigned i = 0; i < levelCount; ++i) {
+    const unsigned level = levels_[i];
+    const unsigned indexes[3] = {index(level, 0, 0), index(0, level, 0), index(0, 0, level)};
+    const uint8_t chosen[3] = {palette_[indexes[0]].rgbBlue, palette_[indexes[1]].rgbGreen,
+                               palette_[indexes[2]].rgbRed};
+    for (unsigned channel = 0; channel < 3; ++channel) {
+      steps_[channel * levelCount + i] = {
+          static_cast<int16_t>(levels_[i] - chosen[channel]),
+          static_cast<uint8_t>(outputBits_ == 4 ? indexes[channel] & 7 : indexes[channel])};
+    }
+  }
+  return true;
+}
+
+// Errors go on in sixteenths: 7 to the next pixel, 3, 5 and 1 to the row below. errors_[x + 1] is what pixel x is given
+// from above; what it gives to the row below is complete, and stored in errors_[x], when the next pixel is done.
 void PaintDitherer::runDiffused(uint8_t* packed, const uint8_t* bgr) {
-  const uint8_t* levels = levels_ + levelsBase;
-  Triple right = {};  // 7 shares, to this pixel
-  Triple ahead = {};  // 1 share, for the slot of this pixel in the next row
-  for (unsigned x = 0; x < count_; ++x, bgr += 3) {
-    Triple& slot = errors_[x];
-    const int blue = clampLevel(bgr[0] + (slot.blue + right.blue) / 16);
-    const int green = clampLevel(bgr[1] + (slot.green + right.green) / 16);
-    const int red = clampLevel(bgr[2] + (slot.red + right.red) / 16);
-    Triple error;
-    unsigned index;
-    if constexpr (std::is_same_v<Target, BlackWhite>) {
-      index =
-          levels[luminance(static_cast<unsigned>(red), static_cast<unsigned>(green), static_cast<unsigned>(blue))] >> 7;
-      const int chosen = index != 0 ? 255 : 0;
-      error = {blue - chosen, green - chosen, red - chosen};
-    } else {
-      index = Target::index(levels[blue], levels[green], levels[red]);
-      const RGBQUAD& chosen = palette_[index];
-      error = {levels[blue] - chosen.rgbBlue, levels[green] - chosen.rgbGreen, levels[red] - chosen.rgbRed};
-    }
-    indexes_[x] = static_cast<uint8_t>(index);
-    slot = {ahead.blue + 5 * error.blue, ahead.green + 5 * error.green, ahead.red + 5 * error.red};
-    if (x != 0) {
-      Triple& left = errors_[x - 1];
-      left = {left.blue + 3 * error.blue, left.green + 3 * error.green, left.red + 3 * error.red};
-    }
-    right = {7 * error.blue, 7 * error.green, 7 * error.red};
-    ahead = error;
+  const Step* blues = steps_.get() + levelsBase;
+  const Step* greens = blues + levelCount;
+  const Step* reds = greens + levelCount;
+  Triple* above = errors_.get() + 1;
+  Triple error = {};
+  Triple below = {};  // of the pixel before, so far
+  for (unsigned x = 0; x < count_; ++x, bgr += 3, ++above) {
+    const Step& blue = blues[bgr[0] + (above->blue + 7 * error.blue) / 16];
+    const Step& green = greens[bgr[1] + (above->green + 7 * error.green) / 16];
+    const Step& red = reds[bgr[2] + (above->red + 7 * error.red) / 16];
+    indexes_[x] = static_cast<uint8_t>(blue.part + green.part + red.part);
+    above[-1] = {below.blue + 3 * blue.error, below.green + 3 * green.error, below.red + 3 * red.error};
+    below = {error.blue + 5 * blue.error, error.green + 5 * green.error, error.red + 5 * red.error};
+    error = {blue.error, green.error, red.error};
+  }
+  above[-1] = below;
+  if (outputBits_ == 4) {
+    for (unsigned x = 0; x < count_; ++x) indexes_[x] = brightest[indexes_[x]];
   }
   packFunction(outputBits_)(packed, indexes_.get(), 0, count_);
+}
+
+// The same with one index for all channels, by their brightness.
+void PaintDitherer::runDiffusedBits(uint8_t* packed, const uint8_t* bgr) {
+  const uint8_t* levels = levels_ + levelsBase;
+  Triple* above = errors_.get() + 1;
+  Triple error = {};
+  Triple below = {};
+  for (unsigned x = 0; x < count_; ++x, bgr += 3, ++above) {
+    const int blue = clampLevel(bgr[0] + (above->blue + 7 * error.blue) / 16);
+    const int green = clampLevel(bgr[1] + (above->green + 7 * error.green) / 16);
+    const int red = clampLevel(bgr[2] + (above->red + 7 * error.red) / 16);
+    const unsigned brightness =
+        luminance(static_cast<unsigned>(red), static_cast<unsigned>(green), static_cast<unsigned>(blue));
+    const uint8_t index = levels[brightness] >> 7;
+    const int chosen = index * 255;
+    indexes_[x] = index;
+    const Triple before = error;
+    error = {blue - chosen, green - chosen, red - chosen};
+    above[-1] = {below.blue + 3 * error.blue, below.green + 3 * error.green, below.red + 3 * error.red};
+    below = {before.blue + 5 * error.blue, before.green + 5 * error.green, before.red + 5 * error.red};
+  }
+  above[-1] = below;
+  packFunction(1)(packed, indexes_.get(), 0, count_);
 }
 
 }  // namespace zavo

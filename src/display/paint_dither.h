@@ -33,9 +33,16 @@ class PaintDitherer {
 
  private:
   using RowFunction = void (PaintDitherer::*)(uint8_t* packed, const uint8_t* bgr);
+  using IndexFunction = unsigned (*)(unsigned blue, unsigned green, unsigned red);
   struct Triple {
     int32_t blue, green, red;
   };
+  // What a channel value leads to: its error, and its part of the index, which is the sum of the channels' parts.
+  struct Step {
+    int16_t error;
+    uint8_t part;
+  };
+  static constexpr unsigned levelCount = 768;  // channel values with a dither term or an error, from -256 on
 
   void chooseWorker(bool ordered);
   void buildLevels(const uint8_t adjust[256]);
@@ -43,11 +50,12 @@ class PaintDitherer {
   [[nodiscard]] unsigned threshold(const ThresholdMatrix& matrix, unsigned k) const {
     return place_.turned ? matrix[(place_.y - k) & 7][place_.x & 7] : matrix[place_.y & 7][(place_.x + k) & 7];
   }
-  template <typename Chooser>
+  [[nodiscard]] bool buildSteps(IndexFunction index);
+  template <typename Target>
   void runOrdered(uint8_t* packed, const uint8_t* bgr);
   void runOrderedBits(uint8_t* packed, const uint8_t* bgr);
-  template <typename Chooser>
   void runDiffused(uint8_t* packed, const uint8_t* bgr);
+  void runDiffusedBits(uint8_t* packed, const uint8_t* bgr);
 
   RowFunction run_ = nullptr;
   int outputBits_ = 8;
@@ -56,10 +64,10 @@ class PaintDitherer {
   unsigned count_ = 0;
   DitherPlace place_ = {};  // of the current line
   const RGBQUAD* palette_ = nullptr;
-  // Output level of a channel value with its dither term, -256 to 511.
-  uint8_t levels_[768];
-  OsBlock<uint8_t> indexes_;  // an index a pixel, or the levels of a row for single bits
-  OsBlock<Triple> errors_;    // sums for the next row, in sixteenths
+  uint8_t levels_[levelCount];  // adjusted
+  OsBlock<uint8_t> indexes_;    // an index a pixel, or the levels of a row for single bits
+  OsBlock<Step> steps_;         // levelCount for blue, green and red each
+  OsBlock<Triple> errors_;      // sums for the next row, in sixteenths, one pixel further on
 };
 
 }  // namespace zavo
