@@ -31,9 +31,10 @@ bool escapePressed() {
 }
 
 int ZAVO_CALL report(int percent) {
-  if (GetTickCount() - state().start < quietMilliseconds) return 1;
-  state().status->set(StatusBar::Message, zv::format("%s: %d %% (Esc stops)", state().work.c_str(), percent));
-  UpdateWindow(state().status->window());
+  if (GetTickCount() - state().start >= quietMilliseconds) {
+    state().status->set(StatusBar::Message, zv::format("%s: %d %% (Esc stops)", state().work.c_str(), percent));
+    UpdateWindow(state().status->window());
+  }
   return escapePressed() ? 0 : 1;
 }
 

@@ -5,6 +5,13 @@
 
 namespace zavoview {
 
+namespace {
+
+/// What the status callback returns when it has seen Esc; the operation then returns it.
+constexpr int stoppedByUser = 0;
+
+}  // namespace
+
 std::string Document::name() const {
   return path_.substr(path_.find_last_of("\\/") + 1);
 }
@@ -25,15 +32,17 @@ void Document::save(const std::string& path) {
   modified_ = false;
 }
 
-void Document::change(const std::string& work, const Operation& operation) {
+bool Document::change(const std::string& work, const Operation& operation) {
   Picture before;
   zv::check(Zv_CopyBitmap(before.handle(), picture_.handle()), work);
   if (const int status = operation(picture_.handle()); status != KSUCCESS) {
     picture_ = std::move(before);
+    if (status == stoppedByUser) return false;
     zv::check(status, work);
   }
   previous_ = std::move(before);
   modified_ = true;
+  return true;
 }
 
 void Document::undo() {

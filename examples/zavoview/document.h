@@ -29,9 +29,9 @@ class Document {
   void save(const std::string& path);
 
   using Operation = std::function<int(BitmapHandle*)>;
-  /// Runs an operation on the picture that can be undone. When it fails or is stopped the picture is as before, and
-  /// a Failure says why ("cannot rotate: ...").
-  void change(const std::string& work, const Operation& operation);
+  /// Runs an operation on the picture that can be undone. When it fails the picture is as before, and a Failure says
+  /// why ("cannot rotate: ..."). False: the user has stopped it, and the picture is as before too.
+  bool change(const std::string& work, const Operation& operation);
   [[nodiscard]] bool canUndo() const { return (previous_->Flags & BMF_ALLOCATED) != 0; }
   /// Takes the last change back; once more does it again.
   void undo();

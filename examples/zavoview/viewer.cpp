@@ -187,11 +187,13 @@ bool Viewer::save(bool askName) {
 
 void Viewer::change(const std::string& work, const Document::Operation& operation) {
   animation.release();
+  bool finished = false;
   {
     const Busy busy(status, work);
-    document.change(work, operation);
+    finished = document.change(work, operation);
   }
   pictureChanged();
+  if (!finished) status.set(StatusBar::Message, "Stopped");
 }
 
 void Viewer::pictureChanged() {

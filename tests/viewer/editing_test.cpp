@@ -61,6 +61,18 @@ TEST_F(Editing, TurnsAndUndoes) {
   }
 }
 
+TEST_F(Editing, StopsAtEsc) {
+  const ViewerDriver viewer(commandLine());
+  waitForPicture(viewer);
+  for (const int id : {ID_GRAYSCALE, ID_FLIP, ID_ROTATE_RIGHT, ID_HALFTONE_DISPERSED}) {
+    SCOPED_TRACE(id);
+    viewer.commandAndKey(id, VK_ESCAPE);
+    EXPECT_EQ("Stopped", viewer.status(MessagePart));
+    EXPECT_EQ("in.bmp - zavoview", viewer.title());
+    expectSame(sampleModel(), saved(viewer));
+  }
+}
+
 TEST_F(Editing, CombinesShapes) {
   struct Step {
     RECT box;

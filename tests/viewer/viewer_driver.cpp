@@ -138,6 +138,15 @@ void ViewerDriver::key(WPARAM key) const {
   PostMessageW(canvas(), WM_KEYUP, key, static_cast<LPARAM>(0xC0000001));
 }
 
+void ViewerDriver::commandAndKey(int id, WPARAM key) const {
+  // Messages that are sent go before those in the queue.
+  SuspendThread(process_.hThread);
+  this->key(key);
+  SendNotifyMessageW(window_, WM_COMMAND, static_cast<WPARAM>(id), 0);
+  ResumeThread(process_.hThread);
+  SendMessageW(window_, WM_NULL, 0, 0);
+}
+
 bool ViewerDriver::bringToFront() const {
   SetForegroundWindow(window_);
   return soon([this] { return GetForegroundWindow() == window_; });

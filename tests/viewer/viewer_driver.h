@@ -41,9 +41,11 @@ class ViewerDriver {
   /// A key that goes to the canvas, without keys held down with it.
   void key(WPARAM key) const;
 
+  /// Runs a command to its end with a key waiting in the queue, as if it were pressed during the command.
+  void commandAndKey(int id, WPARAM key) const;
   /// Makes the window the one that the keyboard goes to.
   [[nodiscard]] bool bringToFront() const;
-  /// Presses a key of the keyboard or lets go of it, and waits until the window knows.
+  /// Presses a key of the keyboard or lets go of it, and gives the window time to know.
   void hold(BYTE key, bool down) const;
   /// A key of the keyboard, with others held down.
   void typeKey(BYTE key, std::initializer_list<BYTE> held) const;
