@@ -156,6 +156,7 @@ void Viewer::load(const std::string& path) {
   }
   animation.close();
   document.adopt(std::move(file.picture), path, true);
+  message_.clear();
 }
 
 void Viewer::openUnnamed(Picture picture, const std::string& title) {
@@ -187,13 +188,12 @@ bool Viewer::save(bool askName) {
 
 void Viewer::change(const std::string& work, const Document::Operation& operation) {
   animation.release();
-  bool finished = false;
+  message_.clear();
   {
     const Busy busy(status, work);
-    finished = document.change(work, operation);
+    message_ = document.change(work, operation) ? "" : "Stopped";
   }
   pictureChanged();
-  if (!finished) status.set(StatusBar::Message, "Stopped");
 }
 
 void Viewer::pictureChanged() {
@@ -233,7 +233,7 @@ void Viewer::showStatus() {
   if (animation.attached())
     status.set(StatusBar::Message, zv::format("Frame %d of %u", animation.frame() + 1, animation.frameCount()));
   else
-    status.set(StatusBar::Message, "");
+    status.set(StatusBar::Message, message_);
   showPixel(hover_);
 }
 

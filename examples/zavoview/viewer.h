@@ -63,6 +63,7 @@ class Viewer {
   void showPixel(POINT pixel);
 
   HWND window_ = nullptr;
+  std::string message_;          /// What came of the last change, where that is not plain to see.
   WINDOWPLACEMENT placement_{};  /// Before the full screen.
   HMENU menu_ = nullptr;         /// Taken off the window for the full screen.
   bool fullScreen_ = false;
