@@ -39,7 +39,6 @@ struct Plan {
   unsigned changes = 0;
   POINT at = {0, 0};
   std::vector<int> part;  /// x, y, width, height; empty for all.
-  StepList selections;
 };
 
 POINT parsePoint(Arguments& arguments, const std::string& option) {
@@ -47,8 +46,8 @@ POINT parsePoint(Arguments& arguments, const std::string& option) {
   return {numbers[0], numbers[1]};
 }
 
-void parseOption(Plan& plan, Arguments& arguments, const std::string& name) {
-  static const std::span<const StepOption> families[] = {selectOptions};
+/// False for an option that is not one of combining.
+bool takeOption(Plan& plan, Arguments& arguments, const std::string& name) {
   if (name == "--with")
     plan.op = parseChoice(name, arguments.takeValue(name), operators);
   else if (name == "--at")
@@ -62,7 +61,8 @@ void parseOption(Plan& plan, Arguments& arguments, const std::string& name) {
   else if (name == "--invert")
     plan.changes |= COMBINE_INVERT;
   else
-    parseStep(plan.selections, arguments, families, name, "combine");
+    return false;
+  return true;
 }
 
 void runCombine(Arguments& arguments) {
@@ -70,9 +70,9 @@ void runCombine(Arguments& arguments) {
   const std::string other = arguments.takeOperand("the other picture");
   const std::string output = arguments.takeOperand("the file to write");
   Plan plan;
-  for (std::string name = arguments.takeOption(); !name.empty(); name = arguments.takeOption())
-    parseOption(plan, arguments, name);
-  arguments.finish();
+  static const std::span<const StepOption> families[] = {selectOptions};
+  const StepList selections = takeSteps(arguments, families, "combine",
+                                        [&](const std::string& option) { return takeOption(plan, arguments, option); });
   outputFormat(output);
 
   PictureFile onto = readPicture(input);
@@ -82,7 +82,7 @@ void runCombine(Arguments& arguments) {
   // Places are told as seen.
   check(Zv_ChangeBitmapViewPerspective(nullptr, destination, VIEW_UPRIGHT), "turn upright");
   check(Zv_ChangeBitmapViewPerspective(nullptr, source, VIEW_UPRIGHT), "turn upright");
-  plan.selections.apply(onto.picture);
+  selections.apply(onto.picture);
   if (plan.part.empty()) plan.part = {0, 0, source->Width, source->Height};
   check(Zv_CombineBitmap(destination, plan.at.x, plan.at.y, plan.part[2], plan.part[3], source, plan.part[0],
                          plan.part[1], static_cast<unsigned>(plan.op) | plan.changes),

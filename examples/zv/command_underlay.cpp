@@ -23,16 +23,15 @@ void runUnderlay(Arguments& arguments) {
   const std::string output = arguments.takeOperand("the file to write");
   unsigned flags = UNDERLAY_TILE;
   std::string alphaFile;
-  StepList selections;
-  for (std::string name = arguments.takeOption(); !name.empty(); name = arguments.takeOption()) {
-    if (name == "--stretch")
+  const StepList selections = takeSteps(arguments, families, "underlay", [&](const std::string& option) {
+    if (option == "--stretch")
       flags = UNDERLAY_STRETCH;
-    else if (name == "--alpha")
-      alphaFile = arguments.takeValue(name);
+    else if (option == "--alpha")
+      alphaFile = arguments.takeValue(option);
     else
-      parseStep(selections, arguments, families, name, "underlay");
-  }
-  arguments.finish();
+      return false;
+    return true;
+  });
   outputFormat(output);
 
   PictureFile over = readPicture(input);

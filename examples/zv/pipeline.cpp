@@ -30,16 +30,12 @@ std::string stepHelp(StepFamilies families) {
   return help;
 }
 
-void parseStep(StepList& steps, Arguments& arguments, StepFamilies families, const std::string& name,
-               const std::string& command) {
-  findOption(families, name, command).parse(steps, arguments, name);
-}
-
 StepList takeSteps(Arguments& arguments, StepFamilies families, const std::string& command,
                    const std::function<bool(const std::string& option)>& other) {
   StepList steps;
   for (std::string name = arguments.takeOption(); !name.empty(); name = arguments.takeOption()) {
-    if (other == nullptr || !other(name)) parseStep(steps, arguments, families, name, command);
+    if (other != nullptr && other(name)) continue;
+    findOption(families, name, command).parse(steps, arguments, name);
   }
   arguments.finish();
   return steps;

@@ -23,10 +23,6 @@ StepList takeSteps(Arguments& arguments, StepFamilies families, const std::strin
 /// The options of a family, a line each, without a word before them.
 std::string optionHelp(std::span<const StepOption> family);
 
-/// Adds the step of an option that was taken from the arguments. Throws a UsageError for one that no family has.
-void parseStep(StepList& steps, Arguments& arguments, StepFamilies families, const std::string& name,
-               const std::string& command);
-
 /// Runs "IN OUT [options]" for a command with these families of options.
 void runSteps(Arguments& arguments, StepFamilies families, const std::string& command);
 
