@@ -11,6 +11,11 @@
 
 namespace zavo {
 
+// Which of the two orders a bitmap's pixels are in: what is not blue first is red first.
+[[nodiscard]] inline int colorOrderOf(const BitmapHandle& bitmap) {
+  return bitmap.ColorOrder == ORDER_BLUE_FIRST ? ORDER_BLUE_FIRST : ORDER_RED_FIRST;
+}
+
 // A few KB, meant for the stack. The palettes and the thread's match table must outlive it.
 class RowConverter {
  public:

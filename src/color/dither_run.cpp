@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstring>
 
+#include "color/conversion.h"
 #include "color/dither.h"
 #include "color/dither_rows.h"
 #include "core/memory.h"
@@ -109,7 +110,7 @@ int openForBitmap(DitherRun*& run, const BitmapHandle& bitmap, const RGBQUAD* pa
   return openDitherRun(run,
                        {.width = bitmap.Width,
                         .bitsPerPixel = bitmap.BitsPerPixel,
-                        .colorOrder = bitmap.ColorOrder == ORDER_BLUE_FIRST ? ORDER_BLUE_FIRST : ORDER_RED_FIRST,
+                        .colorOrder = colorOrderOf(bitmap),
                         .palette = sourcePalette,
                         .method = bitmap.DitheringMethod},
                        {.kind = kind, .colors = palette, .count = colorCount, .bitsPerPixel = bits});

@@ -12,11 +12,6 @@
 namespace zavo {
 namespace {
 
-// What is not blue first is red first.
-int colorOrderOf(const BitmapHandle& bitmap) {
-  return bitmap.ColorOrder == ORDER_BLUE_FIRST ? ORDER_BLUE_FIRST : ORDER_RED_FIRST;
-}
-
 // The target has an entry for every colour that the source can have.
 bool holdsColors(const ReductionTarget& target, const RGBQUAD* palette, int sourceBits) {
   if (target.gray && target.bitsPerPixel == 8) return true;

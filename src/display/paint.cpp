@@ -76,8 +76,8 @@ class Paint {
   }
 
   [[nodiscard]] int prepareConverter(int outputBits) {
-    const int order = bitmap_.ColorOrder == ORDER_BLUE_FIRST ? ORDER_BLUE_FIRST : ORDER_RED_FIRST;
-    return converter_.prepare(bitmap_.BitsPerPixel, outputBits, order, ORDER_BLUE_FIRST, palette_, palette_);
+    return converter_.prepare(bitmap_.BitsPerPixel, outputBits, colorOrderOf(bitmap_), ORDER_BLUE_FIRST, palette_,
+                              palette_);
   }
 
   // Indexes stay what they are, because they may refer to the palette selected into the device context.

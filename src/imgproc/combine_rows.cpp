@@ -20,10 +20,6 @@ constexpr unsigned chunkBytes = (chunkPixels + leadPixels) * 4;
 
 constexpr int grayLevels = 0;  // the depth of levels without a palette
 
-int orderOf(const BitmapHandle& bitmap) {
-  return bitmap.ColorOrder == ORDER_BLUE_FIRST ? ORDER_BLUE_FIRST : ORDER_RED_FIRST;
-}
-
 int workDepth(const BitmapHandle& destination, CombineOperator op) {
   if (!isArithmetic(op)) return destination.BitsPerPixel;
   if (destination.BitsPerPixel == 8) return grayLevels;
@@ -51,9 +47,9 @@ int RowCombiner::prepare(const BitmapHandle& destination, const BitmapHandle& so
 
   readPaletteOrFixed(source, sourcePalette_);
   readPaletteOrFixed(destination, destinationPalette_);
-  const int order = orderOf(destination);
-  if (const int status =
-          sourceToWork_.prepare(source.BitsPerPixel, work, orderOf(source), order, sourcePalette_, destinationPalette_);
+  const int order = colorOrderOf(destination);
+  if (const int status = sourceToWork_.prepare(source.BitsPerPixel, work, colorOrderOf(source), order, sourcePalette_,
+                                               destinationPalette_);
       status != KSUCCESS) {
     return status;
   }

@@ -24,8 +24,7 @@ class BrightnessReader {
       if (bitmap.Palette == nullptr || count > 256) return KERR_BAD_BITMAP;
       if (readEntries(palette_, bitmap.Palette, 0, count) != count) return KERR_BAD_BITMAP;
     }
-    const int order = bitmap.ColorOrder == ORDER_BLUE_FIRST ? ORDER_BLUE_FIRST : ORDER_RED_FIRST;
-    return converter_.prepare(bitmap.BitsPerPixel, 0, order, ORDER_RED_FIRST, palette_, nullptr);
+    return converter_.prepare(bitmap.BitsPerPixel, 0, colorOrderOf(bitmap), ORDER_RED_FIRST, palette_, nullptr);
   }
   void read(uint8_t* levels, const uint8_t* row, unsigned width) { converter_.convert(levels, row, width); }
   // Rows are levels as they are.

@@ -18,10 +18,6 @@
 namespace zavo {
 namespace {
 
-int orderOf(const BitmapHandle& bitmap) {
-  return bitmap.ColorOrder == ORDER_BLUE_FIRST ? 1 : 0;
-}
-
 // Rows of the underlay, repeated side by side to the bitmap's width, in the bitmap's format: an index a byte below 8
 // bits, stored pixels above. Tiles begin in the corner that is seen top left.
 class TiledRows {
@@ -35,8 +31,8 @@ class TiledRows {
   [[nodiscard]] int open() {
     readPaletteOrFixed(tile_, tilePalette_);
     readPaletteOrFixed(bitmap_, bitmapPalette_);
-    const int status = converter_.prepare(tile_.BitsPerPixel, bitmap_.BitsPerPixel, orderOf(tile_), orderOf(bitmap_),
-                                          tilePalette_, bitmapPalette_);
+    const int status = converter_.prepare(tile_.BitsPerPixel, bitmap_.BitsPerPixel, colorOrderOf(tile_),
+                                          colorOrderOf(bitmap_), tilePalette_, bitmapPalette_);
     if (status != KSUCCESS) return status;
     converted_ = OsBlock<uint8_t>::allocate(uint64_t{static_cast<unsigned>(tile_.Width)} * 4 + 4);
     row_ = OsBlock<uint8_t>::allocate(uint64_t{static_cast<unsigned>(bitmap_.Width)} * pixelBytes_);

@@ -121,6 +121,59 @@ int regionFromMask(Subjects& s) {
   return Zv_SetBitmapRgnFromMask(&s.bitmap, nullptr, &mask, CombineAndNotRegion);
 }
 
+// What is drawn on: a memory device context with 24 bits, of the test program's own.
+class Canvas {
+ public:
+  Canvas() : dc_(CreateCompatibleDC(nullptr)) {
+    const BITMAPINFO info = {{sizeof(BITMAPINFOHEADER), 60, 40, 1, 24, BI_RGB, 0, 0, 0, 0, 0}, {}};
+    void* pixels = nullptr;
+    section_ = CreateDIBSection(dc_, &info, DIB_RGB_COLORS, &pixels, nullptr, 0);
+    displaced_ = SelectObject(dc_, section_);
+  }
+  Canvas(const Canvas&) = delete;
+  Canvas& operator=(const Canvas&) = delete;
+  ~Canvas() {
+    SelectObject(dc_, displaced_);
+    DeleteObject(section_);
+    DeleteDC(dc_);
+  }
+  [[nodiscard]] HDC dc() const { return dc_; }
+
+ private:
+  HDC dc_;
+  HBITMAP section_;
+  HGDIOBJ displaced_;
+};
+
+int paint(Subjects& s) {
+  const Canvas canvas;
+  const RECT place = {5, 5, 55, 35};
+  return Zv_PaintDC(canvas.dc(), &s.bitmap, nullptr, nullptr, &place, nullptr, SRCCOPY);
+}
+
+int alphaThereAndBack(Subjects& s) {
+  TestBitmap wide;  // of a depth that has alpha
+  if (const int status = Zv_ColorResBitmap(&s.bitmap, &wide, 32, 0, nullptr, 0); status != KSUCCESS) return status;
+  int status = Zv_GetBitmapAlpha(&wide, &s.out);
+  if (status == KSUCCESS) status = Zv_SetBitmapAlpha(&wide, &s.out);
+  if (status != KSUCCESS) Zv_FreeBitmap(&s.out);
+  return status;
+}
+
+int combineWithTurnedCopy(Subjects& s) {
+  TestBitmap turned;
+  if (const int status = Zv_ChangeBitmapViewPerspective(&turned, &s.bitmap, VIEW_TURNED_90); status != KSUCCESS) {
+    return status;
+  }
+  return Zv_CombineBitmap(&s.bitmap, 1, 1, 20, 8, &turned, 2, 2, COMBINE_XOR);
+}
+
+int underlayWithCopy(Subjects& s) {
+  TestBitmap copy;
+  if (const int status = Zv_CopyBitmap(&copy, &s.bitmap); status != KSUCCESS) return status;
+  return Zv_UnderlayBitmap(&s.bitmap, &copy, UNDERLAY_STRETCH);
+}
+
 template <int combineMode>
 int ellipse(Subjects& s) {
   return Zv_SetBitmapRgnEllipse(&s.bitmap, nullptr, &shape, combineMode);
@@ -229,6 +282,17 @@ const Operation table[] = {
     {"alpha out", alphaOut},
     {"alpha in", alphaIn},
     {"turn as seen", [](Subjects& s) { return Zv_RotateBitmapViewPerspective(&s.bitmap, 90); }},
+
+    {"fill", [](Subjects& s) { return Zv_FillBitmap(&s.bitmap, RGB(200, 100, 50)); }},
+    {"gray", [](Subjects& s) { return Zv_GrayScaleBitmap(&s.bitmap); }},
+    {"halftone", [](Subjects& s) { return Zv_HalfToneBitmapExt(&s.bitmap, 0, 1500); }},
+    {"combine", combineWithTurnedCopy},
+    {"underlay", underlayWithCopy},
+    {"alpha", alphaThereAndBack},
+    {"mask",
+     [](Subjects& s) { return Zv_CreateMaskFromBitmapRgn(&s.bitmap, &s.out); },
+     {"CreatePalette", "GlobalAlloc"}},
+    {"paint", paint},
 };
 
 }  // namespace
