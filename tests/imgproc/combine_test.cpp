@@ -83,7 +83,7 @@ Picture model(BitmapHandle& destination, BitmapHandle& source, const Rectangle& 
       if (x < r.left || x - int64_t{r.left} >= r.width || y < r.top || y - int64_t{r.top} >= r.height) continue;
       const int64_t column = int64_t{x} - r.left + r.sourceLeft;
       const int64_t row = int64_t{y} - r.top + r.sourceTop;
-      if (column < 0 || row < 0 || column >= 10000 || row >= 10000) continue;
+      if (column < 0 || row < 0 || column >= 100000 || row >= 100000) continue;
       auto sourceX = static_cast<int>(column);
       auto sourceY = static_cast<int>(row);
       Zv_PointToBitmap(&source, destination.ViewPerspective, &sourceX, &sourceY);
@@ -196,6 +196,29 @@ TEST(Combine, AnyRectanglesOfAnyTwoBitmaps) {
     EXPECT_TRUE(sourceBefore.unchanged());
   }
   EXPECT_LT(refused, 700) << "too few cases did anything";
+}
+
+// Rows are worked on in pieces.
+TEST(Combine, LongRows) {
+  std::mt19937 random(644);
+  for (const int bits : allDepths) {
+    for (const bool sameDepth : {true, false}) {
+      const int sourceBits = sameDepth ? bits : bits == 1 ? 3 : 1;
+      const int width = sameDepth ? 18000 / bits + 700 : 700;
+      SCOPED_TRACE(testing::Message() << sourceBits << " bits onto " << bits << ", width " << width);
+      TestBitmap destination(width, 1, bits), source(width, 1, sourceBits);
+      fillWithNoise(destination, random);
+      fillWithNoise(source, random);
+      if (bits == 8) makeGray(destination);
+      const Rectangle r = {3, 0, width - 9, 1, 5, 0};
+      for (const unsigned operation : {COMBINE_XOR, COMBINE_COPY, COMBINE_ADD}) {
+        if (bits < 8 && isArithmetic(operation)) continue;
+        const Picture expected = model(destination, source, r, operation);
+        ASSERT_EQ(combine(destination, source, r, operation), KSUCCESS);
+        ASSERT_NO_FATAL_FAILURE(expectSame(pictureOf(destination), expected));
+      }
+    }
+  }
 }
 
 TEST(Combine, ABitmapWithItself) {
