@@ -20,7 +20,7 @@ const StepOption& findOption(StepFamilies families, const std::string& name, con
 std::string optionHelp(std::span<const StepOption> family) {
   std::string help;
   for (const StepOption& option : family)
-    help += format("  %-26s%s\n", (std::string(option.name) + " " + option.value).c_str(), option.help);
+    help += format("  %-25s %s\n", (std::string(option.name) + " " + option.value).c_str(), option.help);
   return help;
 }
 
