@@ -37,7 +37,9 @@ void ditherTo(Bench& bench, const std::string& name, Bitmap& source, Size size, 
     std::vector<Contender> contenders = {
         {"Zv_DitherLine", [&] { ditherAll(result, source, method, palette, result.ColorCount); },
          // Diffusion keeps the mean but for what is clamped; without it, levels that are cut shift colours.
-         [&] { return sameMean(source, result, method >= 1 && method <= 6 ? 8 : 40); }}};
+         [&] {
+           return sameMean(source, result, method == 0 ? 100 : method <= 6 ? 8 : 40);
+         }}};
     Bitmap peer(size, bits);
     if (source.BitsPerPixel == 24 && bits == 8 && size.width <= cachedSize.width) {
       WicConversion conversion(source, GUID_WICPixelFormat24bppBGR, GUID_WICPixelFormat8bppIndexed,

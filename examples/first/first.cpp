@@ -47,7 +47,7 @@ class Bitmap {
     if (dib == nullptr) throw std::runtime_error("writing failed");
     const auto* info = static_cast<const BITMAPINFOHEADER*>(GlobalLock(dib));
     const DWORD colorBytes = info->biClrUsed * sizeof(RGBQUAD);
-    const DWORD offset = static_cast<DWORD>(sizeof(BITMAPFILEHEADER) + sizeof *info + colorBytes);
+    const auto offset = static_cast<DWORD>(sizeof(BITMAPFILEHEADER) + sizeof *info + colorBytes);
     const BITMAPFILEHEADER header = {0x4D42, offset + info->biSizeImage, 0, 0, offset};
     std::ofstream stream(name, std::ios::binary);
     stream.write(reinterpret_cast<const char*>(&header), sizeof header);

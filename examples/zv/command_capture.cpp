@@ -44,7 +44,7 @@ RECT takeRect(Arguments& arguments) {
     const std::vector<int> numbers = parseNumbers(name, text, 4);
     const RECT wanted = {numbers[0], numbers[1], endOf(numbers[0], numbers[2]), endOf(numbers[1], numbers[3])};
     if (numbers.size() > 4 || !IntersectRect(&rect, &rect, &wanted))
-      throw UsageError(name + " takes a part of the screen (X,Y,W,H), not '" + text + "'");
+      throw UsageError(format("%s takes a part of the screen (X,Y,W,H), not '%s'", name.c_str(), text.c_str()));
   }
   return rect;
 }

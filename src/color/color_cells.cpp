@@ -74,7 +74,7 @@ int ColorCells::open(const RGBQUAD* palette, unsigned count) {
   std::fill(palette_ + count, palette_ + (count + groupSize - 1) / groupSize * groupSize, palette[count - 1]);
   count_ = count;
   cells_ = OsBlock<uint32_t>::allocateZeroed(matchTableEntries);
-  candidates_ = OsBlock<RGBQUAD>::allocate(maxGroups * groupSize);
+  candidates_ = OsBlock<RGBQUAD>::allocate(uint64_t{maxGroups} * groupSize);
   if (!cells_ || !candidates_) return KERR_NO_MEMORY;
   cells_[0] = wholePalette;
   cells_[matchTableEntries - 1] = wholePalette;

@@ -53,7 +53,9 @@ void rebuildAdjustTable(ThreadSettings& settings) {
   settings.paintAdjustActive = 0;
   for (unsigned i = 0; i < 256; ++i) {
     const int level = clampLevel(table[i] + offset);
-    table[i] = static_cast<uint8_t>(std::pow(level / 255.0, exponent) * 255.0 + 0.5);
+    const double bent = std::pow(level / 255.0, exponent) * 255.0;
+    // Rounded by adding a half: the stated arithmetic, and values are never negative.
+    table[i] = static_cast<uint8_t>(bent + 0.5);  // NOLINT(bugprone-incorrect-roundings): the same there
     if (table[i] != i) settings.paintAdjustActive = 1;
   }
 }

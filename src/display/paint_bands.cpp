@@ -99,13 +99,12 @@ void BandPainter::paintBand() {
   lines_ = 0;
 }
 
-// The device's own failures are not reported.
-void BandPainter::output(const uint8_t* pixels, int x, int y, int width, int height) {
+// Adjusts the pixels where they lie and hands them over. The device's own failures are not reported.
+void BandPainter::output(uint8_t* pixels, int x, int y, int width, int height) {
   const auto rowBytes = static_cast<size_t>(rowBytesFor(static_cast<unsigned>(width), static_cast<unsigned>(bits_)));
   const size_t bytes = rowBytes * static_cast<unsigned>(height);
-  auto* bandPixels = const_cast<uint8_t*>(pixels);  // both buffers are this object's own
   if (adjust_ != nullptr) {
-    for (size_t i = 0; i < bytes; ++i) bandPixels[i] = adjust_[bandPixels[i]];
+    for (size_t i = 0; i < bytes; ++i) pixels[i] = adjust_[pixels[i]];
   }
   header_->header.biWidth = width;
   header_->header.biHeight = height;

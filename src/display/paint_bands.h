@@ -41,7 +41,7 @@ class BandPainter {
   void choosePalette(ThreadSettings& settings, const BandFormat& format);
   [[nodiscard]] size_t offsetOf(unsigned line) const;
   void paintBand();
-  void output(const uint8_t* pixels, int x, int y, int width, int height);
+  void output(uint8_t* pixels, int x, int y, int width, int height);
 
   HDC dc_ = nullptr;
   DWORD rop_ = 0;

@@ -113,7 +113,7 @@ void PaintDitherer::runOrderedBits(uint8_t* packed, const uint8_t* bgr) {
 
 // What a channel alone makes of its value and the error carried to it, which together stay within -255 to 510.
 bool PaintDitherer::buildSteps(IndexFunction index) {
-  steps_ = OsBlock<Step>::allocate(3 * levelCount);
+  steps_ = OsBlock<Step>::allocate(uint64_t{levelCount} * 3);
   if (!steps_) return false;
   for (unsigned i = 0; i < levelCount; ++i) {
     const unsigned level = levels_[i];
