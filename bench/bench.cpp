@@ -90,7 +90,8 @@ void Bench::compare(const std::string& operation, Size size, size_t resultBytes,
     const std::string fault = contender.verify();
     if (!fault.empty()) {
       printf("  %-52s wrong: %s\n", contender.name.c_str(), fault.c_str());
-      allRight_ = false;
+      // What the system gets wrong is left out; what the library does fails the run.
+      if (whoIs(contender.name) == Who::library) allRight_ = false;
       continue;
     }
     const Times times = measure(contender.run, contender.prepare);

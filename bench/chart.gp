@@ -1,5 +1,6 @@
 # A bar for each operation: how many times the memcpy of its result it takes, in the library and in the system.
 set terminal svg size 900,1400 font "sans,11" background "#ffffff"
+set datafile separator "\t"
 set output output
 set title "Time of an operation on 4096 x 4096 pixels, as multiples of copying the result (shorter is better)"
 set logscale x
