@@ -74,7 +74,7 @@ void turnInPlace(Bench& bench, Size size, int bits) {
   const auto compare = [&](const char* name, const char* function, const std::function<void()>& run,
                            WICBitmapTransformOptions options) {
     std::vector<Contender> contenders = {{function, run, right}};
-    if (bits == 24) {
+    if (bits == 24 && picture.turn(result, options)) {  // not every system has every turn
       contenders.push_back(
           {"WIC flip and rotate", [&] { picture.turn(result, options); }, [&] { return sameMean(source, result, 1); }});
     }
