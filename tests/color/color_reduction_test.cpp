@@ -98,7 +98,8 @@ TEST(ColorReduction, NearestIsExact) {
     for (auto& entry : palette) {
       entry.rgbRed &= mask;
       entry.rgbGreen &= mask;
-      entry.rgbBlue &= round % 3 == 0 ? 0 : mask;
+      entry.rgbBlue &= mask;
+      if (round % 3 == 0) entry.rgbBlue = 0;
     }
     if (round % 4 == 1) palette.back() = palette.front() = {0, 0, 0, 0};
     if (round % 4 == 2) palette.back() = palette.front() = {255, 255, 255, 0};
