@@ -77,12 +77,8 @@ BitmapHandle FrameList::at(unsigned index) const {
 
 Animation readAnimation(const std::string& path) try {
   const std::wstring widePath = wide(path);
-  ComPtr<IWICImagingFactory> factory;
-  require(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
-                           reinterpret_cast<void**>(factory.out())));
-  ComPtr<IWICBitmapDecoder> decoder;
-  require(factory->CreateDecoderFromFilename(widePath.c_str(), nullptr, GENERIC_READ, WICDecodeMetadataCacheOnDemand,
-                                             decoder.out()));
+  const ComPtr<IWICImagingFactory> factory = makeWicFactory();
+  const ComPtr<IWICBitmapDecoder> decoder = openDecoder(factory.get(), widePath);
   const GifBlocks blocks = readGifBlocks(bytesOfFile(widePath));
   Animation animation;
   readFrames(animation, factory.get(), decoder.get(), blocks);

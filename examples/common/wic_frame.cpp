@@ -132,6 +132,20 @@ Dib readFrame(IWICImagingFactory* factory, IWICBitmapFrameDecode* frame) {
 
 }  // namespace
 
+ComPtr<IWICImagingFactory> makeWicFactory() {
+  ComPtr<IWICImagingFactory> factory;
+  require(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
+                           reinterpret_cast<void**>(factory.out())));
+  return factory;
+}
+
+ComPtr<IWICBitmapDecoder> openDecoder(IWICImagingFactory* factory, const std::wstring& path) {
+  ComPtr<IWICBitmapDecoder> decoder;
+  require(factory->CreateDecoderFromFilename(path.c_str(), nullptr, GENERIC_READ, WICDecodeMetadataCacheOnDemand,
+                                             decoder.out()));
+  return decoder;
+}
+
 Picture pictureOfFrame(IWICImagingFactory* factory, IWICBitmapFrameDecode* frame) {
   Picture picture;
   Dib dib = readFrame(factory, frame);

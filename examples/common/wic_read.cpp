@@ -32,12 +32,8 @@ unsigned long long fileSize(const std::wstring& path) {
 
 PictureFile readPicture(const std::string& path) try {
   const std::wstring widePath = wide(path);
-  ComPtr<IWICImagingFactory> factory;
-  require(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
-                           reinterpret_cast<void**>(factory.out())));
-  ComPtr<IWICBitmapDecoder> decoder;
-  require(factory->CreateDecoderFromFilename(widePath.c_str(), nullptr, GENERIC_READ, WICDecodeMetadataCacheOnDemand,
-                                             decoder.out()));
+  const ComPtr<IWICImagingFactory> factory = makeWicFactory();
+  const ComPtr<IWICBitmapDecoder> decoder = openDecoder(factory.get(), widePath);
   ComPtr<IWICBitmapFrameDecode> frame;
   require(decoder->GetFrame(0, frame.out()));
 

@@ -10,6 +10,7 @@
 #include "common/dib.h"
 #include "common/text.h"
 #include "common/wic.h"
+#include "common/wic_frame.h"
 
 namespace zv {
 
@@ -81,9 +82,7 @@ void setPalette(IWICImagingFactory* factory, IWICBitmapFrameEncode* frame, std::
 }
 
 void writePng(const std::wstring& path, Dib& dib) {
-  ComPtr<IWICImagingFactory> factory;
-  require(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
-                           reinterpret_cast<void**>(factory.out())));
+  const ComPtr<IWICImagingFactory> factory = makeWicFactory();
   ComPtr<IWICStream> stream;
   require(factory->CreateStream(stream.out()));
   require(stream->InitializeFromFilename(path.c_str(), GENERIC_WRITE));

@@ -13,14 +13,9 @@ namespace {
 
 constexpr const char* holdOption = "--hold";
 
-StepFamilies families() {
-  static const std::span<const StepOption> all[] = {selectOptions, sizeOptions, colorOptions, turnOptions};
-  return all;
-}
-
 std::string help() {
   return format("  %-26s%s\n", "--hold SECONDS", "Stays so long, or until another program takes the clipboard.") +
-         stepHelp(families());
+         stepHelp(everyFamily());
 }
 
 /// The window that owns the clipboard; it is never shown.
@@ -55,7 +50,7 @@ void runCopy(Arguments& arguments) {
   constexpr int day = 24 * 60 * 60;
   const std::string input = arguments.takeOperand("the picture");
   int seconds = 0;
-  const StepList steps = takeSteps(arguments, families(), "copy", [&](const std::string& option) {
+  const StepList steps = takeSteps(arguments, everyFamily(), "copy", [&](const std::string& option) {
     if (option != holdOption) return false;
     seconds = parseNumber(option, arguments.takeValue(option), 0, day);
     return true;

@@ -8,18 +8,13 @@ namespace zv {
 
 namespace {
 
-StepFamilies families() {
-  static const std::span<const StepOption> all[] = {selectOptions, sizeOptions, colorOptions, turnOptions};
-  return all;
-}
-
 std::string help() {
-  return stepHelp(families());
+  return stepHelp(everyFamily());
 }
 
 void runPaste(Arguments& arguments) {
   const std::string output = arguments.takeOperand("the file to write");
-  const StepList steps = takeSteps(arguments, families(), "paste");
+  const StepList steps = takeSteps(arguments, everyFamily(), "paste");
   outputFormat(output);
   if (Zv_ClipboardReady() == 0) throw Failure("there is no picture on the clipboard");
   Picture picture;

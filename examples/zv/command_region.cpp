@@ -6,17 +6,12 @@ namespace zv {
 
 namespace {
 
-StepFamilies families() {
-  static const std::span<const StepOption> all[] = {selectOptions, sizeOptions, colorOptions, turnOptions};
-  return all;
-}
-
 std::string help() {
-  return stepHelp(families());
+  return stepHelp(everyFamily());
 }
 
 void runRegion(Arguments& arguments) {
-  runSteps(arguments, families(), "region");
+  runSteps(arguments, everyFamily(), "region");
 }
 
 }  // namespace

@@ -24,6 +24,11 @@ std::string optionHelp(std::span<const StepOption> family) {
   return help;
 }
 
+StepFamilies everyFamily() {
+  static const std::span<const StepOption> all[] = {selectOptions, sizeOptions, colorOptions, turnOptions};
+  return all;
+}
+
 std::string stepHelp(StepFamilies families) {
   std::string help = "The options are applied in the order they stand:\n";
   for (const std::span<const StepOption> family : families) help += optionHelp(family);

@@ -12,6 +12,9 @@ namespace zv {
 
 using StepFamilies = std::span<const std::span<const StepOption>>;
 
+/// All there are: selections, sizes, colours, turns.
+StepFamilies everyFamily();
+
 /// The options of the families, a line each.
 std::string stepHelp(StepFamilies families);
 

@@ -15,7 +15,7 @@
 #include "core/memory.h"
 #include "core/owners.h"
 #include "core/progress.h"
-#include "core/rows.h"
+#include "core/row_pass.h"
 #include "core/status.h"
 
 namespace zavo {
@@ -43,19 +43,15 @@ int convertRows(BitmapHandle& work, BitmapHandle& source, const ReductionTarget&
                 Progress& progress) {
   ReductionRows rows;
   if (const int status = rows.prepare(source, target, method); status != KSUCCESS) return status;
-  const BitmapLock workLock(work);
-  const BitmapLock sourceLock(source);
-  RowReader reader(source);
-  RowWriter writer(work);
-  if (const int status = reader.open(); status != KSUCCESS) return status;
-  if (const int status = writer.open(); status != KSUCCESS) return status;
+  RowPass pass(work, source);
+  if (const int status = pass.open(); status != KSUCCESS) return status;
   for (unsigned row = 0; row < static_cast<unsigned>(source.Height); ++row) {
-    const uint8_t* pixels = reader.row(row);
-    if (pixels == nullptr) return reader.status();
-    uint8_t* converted = writer.row(row);
+    const uint8_t* pixels = pass.reader.row(row);
+    if (pixels == nullptr) return pass.reader.status();
+    uint8_t* converted = pass.writer.row(row);
     memset(converted + work.BytesPerLine - 4, 0, 4);  // the padding
     rows.convert(converted, pixels);
-    if (const int status = writer.commit(row); status != KSUCCESS) return status;
+    if (const int status = pass.writer.commit(row); status != KSUCCESS) return status;
     if (const int status = progress.step(); status != KSUCCESS) return status;
   }
   return KSUCCESS;

@@ -11,24 +11,13 @@
 namespace zavo {
 namespace {
 
-// Pictures are painted with real colours and dithered where the device needs it, whatever the thread has set.
-class PlainDisplayMode {
- public:
-  PlainDisplayMode() : previous_(Zv_SetDisplayMode(PAINT_INDEX_COLORS | PAINT_DITHER, PAINT_DITHER)) {}
-  PlainDisplayMode(const PlainDisplayMode&) = delete;
-  PlainDisplayMode& operator=(const PlainDisplayMode&) = delete;
-  ~PlainDisplayMode() { Zv_SetDisplayMode(~0u, previous_); }
-
- private:
-  unsigned previous_;
-};
-
 HBITMAP paintedBitmap(HDC dc, BitmapHandle& bitmap) {
   const ImageSize size = sizeInFrame(bitmap, VIEW_UPRIGHT);
   const MemoryDC memory(CreateCompatibleDC(dc));
   BitmapObject painted(CreateCompatibleBitmap(dc, size.width, size.height));
   if (!memory || !painted) return nullptr;
-  const PlainDisplayMode mode;
+  // With real colours, dithered where the device needs it, whatever the thread has set.
+  const DisplayModeScope mode(PAINT_INDEX_COLORS | PAINT_DITHER, PAINT_DITHER);
   const PaletteObject palette(Zv_CreatePaintPalette(dc, &bitmap));
   const Selection selected(memory.get(), painted.get());
   const PaletteSelection colors(memory.get(), palette.get());
@@ -40,26 +29,23 @@ HBITMAP paintedBitmap(HDC dc, BitmapHandle& bitmap) {
 // The device-dependent bitmap's rows as a packed DIB. KSUCCESS, KERR_NO_MEMORY, or KERR_BAD_PARAMETER for rows that
 // the device does not give.
 int packedDib(GlobalMemory& dib, HDC dc, HBITMAP source, const BITMAP& described, HPALETTE palette) {
-  const unsigned bits = dibDepthFor(unsigned{described.bmPlanes} * described.bmBitsPixel);
-  const unsigned colors = bits <= 8 ? 1u << bits : 0;
-  const uint64_t imageBytes =
-      rowBytesFor(static_cast<unsigned>(described.bmWidth), bits) * static_cast<unsigned>(described.bmHeight);
-  const uint64_t bytes = sizeof(BITMAPINFOHEADER) + colors * sizeof(RGBQUAD) + imageBytes;
+  DibHeader header = {};
+  header.headerBytes = infoHeaderBytes;
+  header.width = described.bmWidth;
+  header.height = described.bmHeight;
+  header.planes = 1;
+  header.bitsPerPixel = dibDepthFor(unsigned{described.bmPlanes} * described.bmBitsPixel);
+  const uint64_t bytes = header.rowsOffset() + header.imageBytes();
   if (bytes > UINT32_MAX) return KERR_NO_MEMORY;
   dib.reset(GlobalAlloc(GMEM_MOVEABLE | GMEM_DDESHARE | GMEM_ZEROINIT, static_cast<SIZE_T>(bytes)));
   if (!dib) return KERR_NO_MEMORY;
-  const GlobalLockOf<BITMAPINFOHEADER> header(dib.get());
-  if (!header) return KERR_NO_MEMORY;
-  header->biSize = sizeof(BITMAPINFOHEADER);
-  header->biWidth = described.bmWidth;
-  header->biHeight = described.bmHeight;
-  header->biPlanes = 1;
-  header->biBitCount = static_cast<WORD>(bits);
-  header->biSizeImage = static_cast<DWORD>(imageBytes);
-  auto* pixels = reinterpret_cast<uint8_t*>(header.get()) + sizeof(BITMAPINFOHEADER) + colors * sizeof(RGBQUAD);
+  const GlobalLockOf<uint8_t> memory(dib.get());
+  if (!memory) return KERR_NO_MEMORY;
+  writeDibHeader(memory.get(), header);
+  uint8_t* pixels = memory.get() + static_cast<size_t>(header.rowsOffset());
   const PaletteSelection selected(dc, palette);
   const int rows = GetDIBits(dc, source, 0, static_cast<UINT>(described.bmHeight), pixels,
-                             reinterpret_cast<BITMAPINFO*>(header.get()), DIB_RGB_COLORS);
+                             reinterpret_cast<BITMAPINFO*>(memory.get()), DIB_RGB_COLORS);
   return rows == described.bmHeight ? KSUCCESS : KERR_BAD_PARAMETER;
 }
 

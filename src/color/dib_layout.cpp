@@ -5,6 +5,8 @@
 #include <climits>
 #include <cstring>
 
+#include "color/palettes.h"
+
 namespace zavo {
 namespace {
 
@@ -56,12 +58,38 @@ bool readDibHeader(DibHeader& header, const void* memory, size_t available) {
   return true;
 }
 
+void writeDibHeader(uint8_t* memory, const DibHeader& header) {
+  BITMAPINFOHEADER info{};
+  info.biSize = header.headerBytes;
+  info.biWidth = header.width;
+  info.biHeight = header.height;
+  info.biPlanes = static_cast<WORD>(header.planes);
+  info.biBitCount = static_cast<WORD>(header.bitsPerPixel);
+  info.biCompression = header.compression;
+  info.biSizeImage = static_cast<DWORD>(header.imageBytes());
+  info.biXPelsPerMeter = header.xPixelsPerMetre;
+  info.biYPelsPerMeter = header.yPixelsPerMetre;
+  info.biClrUsed = header.colorsUsed;
+  memcpy(memory, &info, sizeof info);
+}
+
 int checkDibHeader(const DibHeader& header) {
   if (header.width <= 0 || header.height == 0 || header.height == INT_MIN) return KERR_BAD_DIB;
   if (header.planes != 1 || header.compression != BI_RGB || !isDibDepth(header.bitsPerPixel)) return KERR_BAD_DIB;
   if (header.colors() > maxDibColors) return KERR_BAD_DIB;
   if (header.imageBytes() > UINT32_MAX) return KERR_BAD_DIB;
   return KSUCCESS;
+}
+
+void describeStoredRows(StoredRowsInfo& info, const BitmapHandle& bitmap, int height) {
+  info = {};
+  info.header.biSize = infoHeaderBytes;
+  info.header.biWidth = bitmap.Width;
+  info.header.biHeight = height;
+  info.header.biPlanes = 1;
+  info.header.biBitCount = static_cast<WORD>(bitmap.BitsPerPixel);
+  info.header.biSizeImage = bitmap.BytesPerLine * static_cast<unsigned>(bitmap.Height);
+  if (bitmap.BitsPerPixel <= 8) info.header.biClrUsed = readPalette(bitmap, info.colors);
 }
 
 unsigned dibDepthFor(unsigned bitsPerPixel) {

@@ -47,6 +47,19 @@ struct DibHeader {
 // Reads the header at `memory`, of which `available` bytes can be read. False when that does not hold a header.
 [[nodiscard]] bool readDibHeader(DibHeader& header, const void* memory, size_t available);
 
+// Writes the header as one of 40 bytes.
+void writeDibHeader(uint8_t* memory, const DibHeader& header);
+
+// A bitmap's rows as they are stored, for the graphics interface: a header with room for all colours.
+struct StoredRowsInfo {
+  BITMAPINFOHEADER header;
+  RGBQUAD colors[maxDibColors];
+
+  [[nodiscard]] const BITMAPINFO* get() const { return reinterpret_cast<const BITMAPINFO*>(this); }
+};
+// `height` is negative when the first stored row is the top row.
+void describeStoredRows(StoredRowsInfo& info, const BitmapHandle& bitmap, int height);
+
 // KSUCCESS, or KERR_BAD_DIB for a format the library does not take or sizes that cannot be.
 [[nodiscard]] int checkDibHeader(const DibHeader& header);
 

@@ -43,21 +43,6 @@ DibHeader headerOf(const BitmapHandle& bitmap, DibStyle style) {
   return header;
 }
 
-void writeHeader(uint8_t* memory, const DibHeader& header) {
-  BITMAPINFOHEADER info{};
-  info.biSize = header.headerBytes;
-  info.biWidth = header.width;
-  info.biHeight = header.height;
-  info.biPlanes = static_cast<WORD>(header.planes);
-  info.biBitCount = static_cast<WORD>(header.bitsPerPixel);
-  info.biCompression = header.compression;
-  info.biSizeImage = static_cast<DWORD>(header.imageBytes());
-  info.biXPelsPerMeter = header.xPixelsPerMetre;
-  info.biYPelsPerMeter = header.yPixelsPerMetre;
-  info.biClrUsed = header.colorsUsed;
-  memcpy(memory, &info, sizeof info);
-}
-
 // The palette of a bitmap of up to 8 bits; the fixed one of its depth where it has none.
 void readColors(RGBQUAD colors[maxDibColors], const BitmapHandle& bitmap) {
   if (readPalette(bitmap, colors) == 0)
@@ -102,7 +87,7 @@ GlobalMemory packed(BitmapHandle& bitmap, DibStyle style) {
   const GlobalLockOf<uint8_t> memory(dib.get());
   if (!memory) return GlobalMemory();
 
-  writeHeader(memory.get(), header);
+  writeDibHeader(memory.get(), header);
   RGBQUAD colors[maxDibColors] = {};
   if (bitmap.BitsPerPixel <= 8) readColors(colors, bitmap);
   if (!style.keepsReservedBytes) {

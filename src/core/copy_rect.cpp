@@ -8,7 +8,7 @@
 #include "core/duplicate.h"
 #include "core/owners.h"
 #include "core/region_services.h"
-#include "core/rows.h"
+#include "core/row_pass.h"
 #include "core/sizes.h"
 #include "core/status.h"
 #include "core/storage.h"
@@ -130,26 +130,22 @@ int fillFromArea(BitmapHandle& target, BitmapHandle& source, const SharedArea& a
   const auto fromByte = static_cast<size_t>(fromBit / 8);
   const auto toByte = static_cast<size_t>(toBit / 8);
 
-  BitmapLock targetLock(target);
-  BitmapLock sourceLock(source);
-  RowReader reader(source);
-  RowWriter writer(target);
-  if (const int status = reader.open(); status != KSUCCESS) return status;
-  if (const int status = writer.open(); status != KSUCCESS) return status;
+  RowPass pass(target, source);
+  if (const int status = pass.open(); status != KSUCCESS) return status;
 
   const bool blank = startsBlank(target);
   const bool clearsRows = !blank || !hasDirectRows(target);
   const unsigned firstRow = blank ? area.row : 0;
   const unsigned endRow = blank ? area.row + area.height : static_cast<unsigned>(target.Height);
   for (unsigned row = firstRow; row < endRow; ++row) {
-    uint8_t* pixels = writer.row(row);
+    uint8_t* pixels = pass.writer.row(row);
     if (clearsRows) memset(pixels, 0, target.BytesPerLine);
     if (row - area.row < area.height) {
-      const uint8_t* sourcePixels = reader.row(area.sourceRow + (row - area.row));
-      if (sourcePixels == nullptr) return reader.status();
+      const uint8_t* sourcePixels = pass.reader.row(area.sourceRow + (row - area.row));
+      if (sourcePixels == nullptr) return pass.reader.status();
       moveBits(pixels + toByte, sourcePixels + fromByte, move);
     }
-    if (const int status = writer.commit(row); status != KSUCCESS) return status;
+    if (const int status = pass.writer.commit(row); status != KSUCCESS) return status;
   }
   return KSUCCESS;
 }

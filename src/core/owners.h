@@ -143,12 +143,26 @@ class [[nodiscard]] PaletteSelection {
   PaletteSelection(const PaletteSelection&) = delete;
   PaletteSelection& operator=(const PaletteSelection&) = delete;
   ~PaletteSelection() {
-    if (previous_ != nullptr) SelectPalette(dc_, previous_, FALSE);
+    if (previous_ == nullptr) return;
+    SelectPalette(dc_, previous_, FALSE);
+    RealizePalette(dc_);
   }
 
  private:
   HDC dc_;
   HPALETTE previous_ = nullptr;
+};
+
+// Display-mode flags of the thread, set while this lives; all flags are then what they were.
+class [[nodiscard]] DisplayModeScope {
+ public:
+  DisplayModeScope(unsigned mask, unsigned values) : previous_(Zv_SetDisplayMode(mask, values)) {}
+  DisplayModeScope(const DisplayModeScope&) = delete;
+  DisplayModeScope& operator=(const DisplayModeScope&) = delete;
+  ~DisplayModeScope() { Zv_SetDisplayMode(~0u, previous_); }
+
+ private:
+  unsigned previous_;
 };
 
 // A device context's state, restored at the end.

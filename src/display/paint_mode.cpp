@@ -48,9 +48,13 @@ PaintMode modeOfDeviceDepth(const BitmapHandle& bitmap, int deviceBits, bool onF
 
 }  // namespace
 
+int deviceBitsPerPixel(HDC dc) {
+  if (GetDeviceCaps(dc, TECHNOLOGY) == DT_METAFILE) return 24;
+  return GetDeviceCaps(dc, BITSPIXEL) * GetDeviceCaps(dc, PLANES);
+}
+
 int deviceDepth(HDC dc) {
-  int bits = 24;
-  if (GetDeviceCaps(dc, TECHNOLOGY) != DT_METAFILE) bits = GetDeviceCaps(dc, BITSPIXEL) * GetDeviceCaps(dc, PLANES);
+  const int bits = deviceBitsPerPixel(dc);
   if (bits < 4) return 1;
   if (bits < 8) return 4;
   return bits < 16 ? 8 : 24;

@@ -17,7 +17,10 @@ enum class PaintMode : int {
   secondGrayInverted = 6,  // the same for a descending grey palette
 };
 
-// The device's depth, brought down to 1, 4, 8 or 24 bits. Metafiles count as 24.
+// The device's depth. Metafiles count as 24.
+[[nodiscard]] int deviceBitsPerPixel(HDC dc);
+
+// The device's depth, brought down to 1, 4, 8 or 24 bits.
 [[nodiscard]] int deviceDepth(HDC dc);
 
 [[nodiscard]] PaintMode paintModeOf(BitmapHandle& bitmap, int deviceBits, uint32_t displayMode);

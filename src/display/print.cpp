@@ -10,6 +10,7 @@
 #include "core/settings.h"
 #include "core/status.h"
 #include "display/paint.h"
+#include "display/paint_mode.h"
 
 namespace zavo {
 namespace {
@@ -49,28 +50,12 @@ RECT placedRect(const RECT& page, ImageSize picture, const PrintPlace& place) {
 }
 
 // The display mode for a printer: clustered dots where it prints black only, else the device's own rendering.
-class PrintDisplayMode {
- public:
-  explicit PrintDisplayMode(HDC printer) {
-    if (isBlackOnly(printer)) {
-      constexpr unsigned dots = PAINT_ORDERED_DITHER | PAINT_CLUSTERED_DOT;
-      previous_ = Zv_SetDisplayMode(dots | PAINT_INDEX_COLORS, dots);
-    } else {
-      previous_ = Zv_SetDisplayMode(PAINT_DITHER | PAINT_INDEX_COLORS, 0);
-    }
-  }
-  PrintDisplayMode(const PrintDisplayMode&) = delete;
-  PrintDisplayMode& operator=(const PrintDisplayMode&) = delete;
-  ~PrintDisplayMode() { Zv_SetDisplayMode(~0u, previous_); }
-
- private:
-  static bool isBlackOnly(HDC printer) {
-    if (GetDeviceCaps(printer, NUMCOLORS) >= 3 || GetDeviceCaps(printer, TECHNOLOGY) == DT_METAFILE) return false;
-    return GetDeviceCaps(printer, BITSPIXEL) * GetDeviceCaps(printer, PLANES) == 1;
-  }
-
-  unsigned previous_;
-};
+DisplayModeScope printDisplayMode(HDC printer) {
+  constexpr unsigned dots = PAINT_ORDERED_DITHER | PAINT_CLUSTERED_DOT;
+  const bool blackOnly = GetDeviceCaps(printer, NUMCOLORS) < 3 && deviceBitsPerPixel(printer) == 1;
+  if (blackOnly) return {dots | PAINT_INDEX_COLORS, dots};
+  return {PAINT_DITHER | PAINT_INDEX_COLORS, 0};
+}
 
 // One printer row at a time, so that each can be reported. KSUCCESS or the callback's result; what painting returns
 // is not looked at, a page with a gap being better than none.
@@ -90,7 +75,7 @@ int printPicture(HDC printer, BitmapHandle& bitmap, const PrintPlace& place) {
   const RECT page = pageOf(printer);
   const RECT destination = placedRect(page, sizeInFrame(bitmap, VIEW_UPRIGHT), place);
   const PaletteSelection colors(printer, palette.get());
-  const PrintDisplayMode mode(printer);
+  const DisplayModeScope mode = printDisplayMode(printer);
   if (currentSettings().statusCallback == nullptr) {
     (void)paintBitmap(printer, bitmap, {nullptr, nullptr, &destination, nullptr, nullptr}, SRCCOPY);
     return KSUCCESS;

@@ -1,7 +1,7 @@
 // Printing in one call of the printer's driver.
 #include <climits>
 
-#include "color/palettes.h"
+#include "color/dib_layout.h"
 #include "core/owners.h"
 #include "core/perspective.h"
 #include "core/progress.h"
@@ -11,11 +11,6 @@
 
 namespace zavo {
 namespace {
-
-struct PrintInfo {
-  BITMAPINFOHEADER header;
-  RGBQUAD colors[256];
-};
 
 // The driver reads the stored rows as they are: in memory, at a depth and order that it knows, not turned.
 bool isDriverReady(const BitmapHandle& bitmap) {
@@ -29,12 +24,11 @@ class BottomUpRows {
  public:
   explicit BottomUpRows(BitmapHandle& bitmap) : bitmap_(bitmap) {
     if (isUpright(bitmap.ViewPerspective)) status_ = flip();
-    flipped_ = isUpright(bitmap.ViewPerspective) && status_ == KSUCCESS;
   }
   BottomUpRows(const BottomUpRows&) = delete;
   BottomUpRows& operator=(const BottomUpRows&) = delete;
   ~BottomUpRows() {
-    if (flipped_) (void)flip();
+    if (isUpright(bitmap_.ViewPerspective) && status_ == KSUCCESS) (void)flip();
   }
   [[nodiscard]] int status() const { return status_; }
 
@@ -47,31 +41,19 @@ class BottomUpRows {
 
   BitmapHandle& bitmap_;
   int status_ = KSUCCESS;
-  bool flipped_ = false;
 };
-
-void describe(PrintInfo& info, const BitmapHandle& bitmap) {
-  info = {};
-  info.header.biSize = sizeof(BITMAPINFOHEADER);
-  info.header.biWidth = bitmap.Width;
-  info.header.biHeight = bitmap.Height;
-  info.header.biPlanes = 1;
-  info.header.biBitCount = static_cast<WORD>(bitmap.BitsPerPixel);
-  info.header.biSizeImage = bitmap.BytesPerLine * static_cast<unsigned>(bitmap.Height);
-  if (bitmap.BitsPerPixel <= 8) info.header.biClrUsed = readPalette(bitmap, info.colors);
-}
 
 void handToDriver(HDC printer, BitmapHandle& bitmap, const PrintPlace& place) {
   // A size without a magnitude; the graphics interface divides by it.
   if (place.width == INT_MIN || place.height == INT_MIN) return;
-  PrintInfo info;
-  describe(info, bitmap);
+  StoredRowsInfo info;
+  describeStoredRows(info, bitmap, bitmap.Height);
   const PaletteObject palette(bitmap.BitsPerPixel <= 8 ? Zv_CreatePaintPalette(printer, &bitmap) : nullptr);
   const PaletteSelection colors(printer, palette.get());
   const BitmapLock lock(bitmap);
   if (!hasDirectRows(bitmap)) return;
   StretchDIBits(printer, place.x, place.y, place.width, place.height, 0, 0, bitmap.Width, bitmap.Height,
-                directRow(bitmap, 0), reinterpret_cast<const BITMAPINFO*>(&info), DIB_RGB_COLORS, SRCCOPY);
+                directRow(bitmap, 0), info.get(), DIB_RGB_COLORS, SRCCOPY);
 }
 
 }  // namespace

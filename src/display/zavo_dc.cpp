@@ -1,17 +1,13 @@
 // Device contexts over a bitmap's own pixels: what GDI draws there changes the bitmap.
 #include <zavo.h>
 
+#include "color/dib_layout.h"
 #include "core/owners.h"
 #include "core/perspective.h"
 #include "core/status.h"
 
 namespace zavo {
 namespace {
-
-struct SectionInfo {
-  BITMAPINFOHEADER header;
-  RGBQUAD colors[256];
-};
 
 using CreateDIBSectionFunction = HBITMAP(WINAPI*)(HDC, const BITMAPINFO*, UINT, void**, HANDLE, DWORD);
 
@@ -61,24 +57,12 @@ bool unturn(BitmapHandle& bitmap) {
   return true;
 }
 
-void describe(SectionInfo& info, BitmapHandle& bitmap) {
-  info = {};
-  info.header.biSize = sizeof(BITMAPINFOHEADER);
-  info.header.biWidth = bitmap.Width;
-  info.header.biHeight = isFlipped(bitmap.ViewPerspective) ? bitmap.Height : -bitmap.Height;
-  info.header.biPlanes = 1;
-  info.header.biBitCount = static_cast<WORD>(bitmap.BitsPerPixel);
-  info.header.biSizeImage = bitmap.BytesPerLine * static_cast<unsigned>(bitmap.Height);
-  if (bitmap.BitsPerPixel <= 8) (void)Zv_GetBitmapColors(&bitmap, 0, bitmap.ColorCount, info.colors);
-}
-
 // Selects the bitmap's pixels into a memory device context.
 bool selectPixels(HDC dc, BitmapHandle& bitmap, CreateDIBSectionFunction createSection) {
-  SectionInfo info;
-  describe(info, bitmap);
+  StoredRowsInfo info;
+  describeStoredRows(info, bitmap, isFlipped(bitmap.ViewPerspective) ? bitmap.Height : -bitmap.Height);
   void* bits = nullptr;
-  HBITMAP section =
-      createSection(dc, reinterpret_cast<const BITMAPINFO*>(&info), DIB_RGB_COLORS, &bits, bitmap.StorageHandle, 0);
+  HBITMAP section = createSection(dc, info.get(), DIB_RGB_COLORS, &bits, bitmap.StorageHandle, 0);
   if (section == nullptr) return false;
   DeleteObject(SelectObject(dc, section));
   return true;

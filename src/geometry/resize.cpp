@@ -3,7 +3,7 @@
 
 #include "core/progress.h"
 #include "core/row_padding.h"
-#include "core/rows.h"
+#include "core/row_pass.h"
 #include "geometry/row_stretch.h"
 #include "geometry/stepping.h"
 
@@ -31,15 +31,11 @@ int resizeNearest(BitmapHandle& destination, BitmapHandle& source) {
   const auto bits = static_cast<unsigned>(destination.BitsPerPixel);
   const bool flips = !sameView(destination.ViewPerspective, source.ViewPerspective);
 
-  const BitmapLock destinationLock(destination);
-  const BitmapLock sourceLock(source);
   Progress progress(destination.Height);
   if (const int status = progress.begin(); status != KSUCCESS) return status;
-  RowReader reader(source);
-  RowWriter writer(destination);
+  RowPass pass(destination, source);
   RowStretch stretch;
-  if (const int status = reader.open(); status != KSUCCESS) return status;
-  if (const int status = writer.open(); status != KSUCCESS) return status;
+  if (const int status = pass.open(); status != KSUCCESS) return status;
   if (const int status = stretch.plan(width, static_cast<unsigned>(source.Width), destination.BitsPerPixel);
       status != KSUCCESS) {
     return status;
@@ -51,14 +47,14 @@ int resizeNearest(BitmapHandle& destination, BitmapHandle& source) {
   for (unsigned row = 0; row < height; ++row) {
     const unsigned target = flips ? height - 1 - row : row;
     if (repeats) {
-      if (const int status = writer.repeat(target, previous); status != KSUCCESS) return status;
+      if (const int status = pass.writer.repeat(target, previous); status != KSUCCESS) return status;
     } else {
-      const uint8_t* pixels = reader.row(rows.position());
-      if (pixels == nullptr) return reader.status();
-      uint8_t* stretched = writer.row(target);
+      const uint8_t* pixels = pass.reader.row(rows.position());
+      if (pixels == nullptr) return pass.reader.status();
+      uint8_t* stretched = pass.writer.row(target);
       stretch.stretch(stretched, pixels);
       clearRowPadding(stretched, width, bits);
-      if (const int status = writer.commit(target); status != KSUCCESS) return status;
+      if (const int status = pass.writer.commit(target); status != KSUCCESS) return status;
     }
     previous = target;
     repeats = rows.advance() == 0;

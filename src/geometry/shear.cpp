@@ -12,7 +12,7 @@
 #include "core/owners.h"
 #include "core/packed_pixels.h"
 #include "core/progress.h"
-#include "core/rows.h"
+#include "core/row_pass.h"
 #include "core/status.h"
 #include "geometry/quarter_turn.h"
 #include "geometry/region_by_mask.h"
@@ -107,13 +107,9 @@ class RowPlacer {
 
 int shearPixels(BitmapHandle& sheared, BitmapHandle& source, int angle, const ShearPlan& plan, COLORREF fill,
                 ProgressShare share) {
-  const BitmapLock sourceLock(source);
-  const BitmapLock shearedLock(sheared);
-  RowReader reader(source);
-  RowWriter writer(sheared);
+  RowPass pass(sheared, source);
   RowPlacer placer(source);
-  if (const int status = reader.open(); status != KSUCCESS) return status;
-  if (const int status = writer.open(); status != KSUCCESS) return status;
+  if (const int status = pass.open(); status != KSUCCESS) return status;
   if (const int status = placer.open(); status != KSUCCESS) return status;
   auto background = OsBlock<uint8_t>::allocateZeroed(sheared.BytesPerLine);
   if (!background) return KERR_NO_MEMORY;
@@ -125,12 +121,12 @@ int shearPixels(BitmapHandle& sheared, BitmapHandle& source, int angle, const Sh
   if (const int status = progress.begin(); status != KSUCCESS) return status;
   for (int k = 0; k < source.Height; ++k, shift.next()) {
     const auto y = static_cast<unsigned>(plan.fromLastRow ? source.Height - 1 - k : k);
-    const uint8_t* from = reader.row(y);
-    if (from == nullptr) return reader.status();
-    uint8_t* to = writer.row(y);
+    const uint8_t* from = pass.reader.row(y);
+    if (from == nullptr) return pass.reader.status();
+    uint8_t* to = pass.writer.row(y);
     memcpy(to, background.get(), sheared.BytesPerLine);
     placer.place(to, from, static_cast<unsigned>(plan.mirrored ? room - shift.current() : shift.current()));
-    if (const int status = writer.commit(y); status != KSUCCESS) return status;
+    if (const int status = pass.writer.commit(y); status != KSUCCESS) return status;
     if (const int status = progress.step(); status != KSUCCESS) return status;
   }
   return KSUCCESS;

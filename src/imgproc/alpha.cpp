@@ -6,7 +6,7 @@
 #include "core/memory.h"
 #include "core/owners.h"
 #include "core/perspective.h"
-#include "core/rows.h"
+#include "core/row_pass.h"
 #include "core/status.h"
 #include "imgproc/alpha_rows.h"
 
@@ -14,17 +14,13 @@ namespace zavo {
 namespace {
 
 int copyAlphaOut(BitmapHandle& alpha, BitmapHandle& bitmap) {
-  const BitmapLock bitmapLock(bitmap);
-  const BitmapLock alphaLock(alpha);
-  RowReader reader(bitmap);
-  RowWriter writer(alpha);
-  if (const int status = reader.open(); status != KSUCCESS) return status;
-  if (const int status = writer.open(); status != KSUCCESS) return status;
+  RowPass pass(alpha, bitmap);
+  if (const int status = pass.open(); status != KSUCCESS) return status;
   for (unsigned y = 0; y < static_cast<unsigned>(bitmap.Height); ++y) {
-    const uint8_t* from = reader.row(y);
-    if (from == nullptr) return reader.status();
-    takeAlpha(writer.row(y), from, static_cast<unsigned>(bitmap.Width), bitmap.BitsPerPixel);
-    if (const int status = writer.commit(y); status != KSUCCESS) return status;
+    const uint8_t* from = pass.reader.row(y);
+    if (from == nullptr) return pass.reader.status();
+    takeAlpha(pass.writer.row(y), from, static_cast<unsigned>(bitmap.Width), bitmap.BitsPerPixel);
+    if (const int status = pass.writer.commit(y); status != KSUCCESS) return status;
   }
   return KSUCCESS;
 }
@@ -34,28 +30,24 @@ int copyAlphaIn(BitmapHandle& bitmap, BitmapHandle& alpha) {
   RGBQUAD palette[256];
   readPaletteOrFixed(alpha, palette);
   RowConverter toLevels;
-  const int order = alpha.ColorOrder == ORDER_BLUE_FIRST ? 1 : 0;
-  if (const int status = toLevels.prepare(alpha.BitsPerPixel, 0, order, 0, palette, nullptr); status != KSUCCESS) {
+  if (const int status = toLevels.prepare(alpha.BitsPerPixel, 0, colorOrderOf(alpha), 0, palette, nullptr);
+      status != KSUCCESS) {
     return status;
   }
   const auto width = static_cast<unsigned>(bitmap.Width);
   auto levels = OsBlock<uint8_t>::allocate(width);
   if (!levels) return KERR_NO_MEMORY;
 
-  const BitmapLock bitmapLock(bitmap);
-  const BitmapLock alphaLock(alpha);
-  RowReader reader(alpha);
-  RowWriter writer(bitmap);
-  if (const int status = reader.open(); status != KSUCCESS) return status;
-  if (const int status = writer.open(); status != KSUCCESS) return status;
+  RowPass pass(bitmap, alpha);
+  if (const int status = pass.open(); status != KSUCCESS) return status;
   for (unsigned y = 0; y < static_cast<unsigned>(bitmap.Height); ++y) {
-    const uint8_t* from = reader.row(y);
-    if (from == nullptr) return reader.status();
-    uint8_t* to = writer.edit(y);
-    if (to == nullptr) return writer.status();
+    const uint8_t* from = pass.reader.row(y);
+    if (from == nullptr) return pass.reader.status();
+    uint8_t* to = pass.writer.edit(y);
+    if (to == nullptr) return pass.writer.status();
     toLevels.convert(levels.get(), from, width);
     putAlpha(to, levels.get(), width, bitmap.BitsPerPixel);
-    if (const int status = writer.commit(y); status != KSUCCESS) return status;
+    if (const int status = pass.writer.commit(y); status != KSUCCESS) return status;
   }
   return KSUCCESS;
 }

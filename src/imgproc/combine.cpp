@@ -5,7 +5,7 @@
 
 #include "core/owners.h"
 #include "core/perspective.h"
-#include "core/rows.h"
+#include "core/row_pass.h"
 #include "core/status.h"
 #include "imgproc/combine_operators.h"
 #include "imgproc/combine_rows.h"
@@ -67,25 +67,21 @@ int combineRows(BitmapHandle& destination, BitmapHandle& source, const Placement
   RowCombiner combiner;
   if (const int status = combiner.prepare(destination, source, operation); status != KSUCCESS) return status;
 
-  const BitmapLock sourceLock(source);
-  const BitmapLock destinationLock(destination);
-  RowReader reader(source);
-  RowWriter writer(destination);
-  if (const int status = reader.open(); status != KSUCCESS) return status;
-  if (const int status = writer.open(); status != KSUCCESS) return status;
+  RowPass pass(destination, source);
+  if (const int status = pass.open(); status != KSUCCESS) return status;
   for (int y = where.area.top; y < where.area.bottom; ++y) {
     const Segments runs = allowed ? regionRow(*allowed.get(), y) : Segments{whole, 2};
     if (runs.empty()) continue;
-    const uint8_t* from = reader.row(static_cast<unsigned>(y + where.sourceOffsetY));
-    if (from == nullptr) return reader.status();
-    uint8_t* to = writer.edit(static_cast<unsigned>(y));
-    if (to == nullptr) return writer.status();
+    const uint8_t* from = pass.reader.row(static_cast<unsigned>(y + where.sourceOffsetY));
+    if (from == nullptr) return pass.reader.status();
+    uint8_t* to = pass.writer.edit(static_cast<unsigned>(y));
+    if (to == nullptr) return pass.writer.status();
     for (unsigned i = 0; i < runs.count; i += 2) {
       const auto first = static_cast<unsigned>(runs.values[i]);
       const auto sourceFirst = static_cast<unsigned>(runs.values[i] + where.sourceOffsetX);
       combiner.run(to, first, from, sourceFirst, static_cast<unsigned>(runs.values[i + 1]) - first);
     }
-    if (const int status = writer.commit(static_cast<unsigned>(y)); status != KSUCCESS) return status;
+    if (const int status = pass.writer.commit(static_cast<unsigned>(y)); status != KSUCCESS) return status;
   }
   return KSUCCESS;
 }

@@ -9,7 +9,7 @@
 #include "core/owners.h"
 #include "core/progress.h"
 #include "core/row_padding.h"
-#include "core/rows.h"
+#include "core/row_pass.h"
 #include "core/status.h"
 
 namespace zavo {
@@ -44,23 +44,19 @@ void takeOver(BitmapHandle& bitmap, OwnedBitmap& target);
 // Writes every row of the target by work(targetRow, bitmapRow, y), which leaves the row's padding alone.
 template <typename Work>
 [[nodiscard]] int convertRows(BitmapHandle& target, BitmapHandle& bitmap, Work work) {
-  const BitmapLock bitmapLock(bitmap);
-  const BitmapLock targetLock(target);
-  RowReader reader(bitmap);
-  RowWriter writer(target);
-  if (const int status = reader.open(); status != KSUCCESS) return status;
-  if (const int status = writer.open(); status != KSUCCESS) return status;
+  RowPass pass(target, bitmap);
+  if (const int status = pass.open(); status != KSUCCESS) return status;
   const auto width = static_cast<unsigned>(target.Width);
   const auto targetBits = static_cast<unsigned>(target.BitsPerPixel);
   Progress progress(bitmap.Height);
   if (const int status = progress.begin(); status != KSUCCESS) return status;
   for (unsigned y = 0; y < static_cast<unsigned>(bitmap.Height); ++y) {
-    const uint8_t* row = reader.row(y);
-    if (row == nullptr) return reader.status();
-    uint8_t* targetRow = writer.row(y);
+    const uint8_t* row = pass.reader.row(y);
+    if (row == nullptr) return pass.reader.status();
+    uint8_t* targetRow = pass.writer.row(y);
     work(targetRow, row, y);
     clearRowPadding(targetRow, width, targetBits);
-    if (const int status = writer.commit(y); status != KSUCCESS) return status;
+    if (const int status = pass.writer.commit(y); status != KSUCCESS) return status;
     if (const int status = progress.step(); status != KSUCCESS) return status;
   }
   return KSUCCESS;
