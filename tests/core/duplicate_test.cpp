@@ -4,7 +4,6 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-#include "support/refusals.h"
 #include "support/test_bitmap.h"
 
 namespace {
@@ -166,20 +165,6 @@ TEST(CopyBitmap, RunLengthRowsStayRunLengthRows) {
     EXPECT_TRUE(pictureOf(used) == picture);
     ASSERT_EQ(Zv_CopyBitmapData(&packed, &source), KSUCCESS);
     for (int x = 0; x < width; ++x) ASSERT_EQ(pictureOf(packed).at(x, 4), 0u);
-  }
-}
-
-TEST(CopyBitmap, SurvivesEveryRefusal) {
-  std::mt19937 random(1608);
-  for (const int memoryType : {ALLOC_MEMORY + 0, ALLOC_MEMORY | ALLOC_RUNLENGTH}) {
-    SCOPED_TRACE(testing::Message() << "memory type " << memoryType);
-    refuseEachResource({.survived = {"GlobalReAlloc"}, .leastPoints = 3}, [&](RefusalRound& round) {
-      TestBitmap source(500, 20, 1, memoryType);
-      fillWithNoise(source, random);
-      round.keeps(source);
-      TestBitmap copy;
-      round.run([&] { return Zv_CopyBitmap(&copy, &source); });
-    });
   }
 }
 

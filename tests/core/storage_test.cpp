@@ -7,7 +7,8 @@
 #include <random>
 
 #include "core/row_table.h"
-#include "support/refusals.h"
+#include "support/platform_watch.h"
+#include "support/snapshot.h"
 #include "support/test_bitmap.h"
 
 namespace {
@@ -69,22 +70,6 @@ TEST(AllocateBitmap, RefusesSizesItCannotHold) {
   EXPECT_EQ(Zv_AllocateBitmap(nullptr, ALLOC_MEMORY), KERR_BAD_BITMAP);
 }
 
-TEST(AllocateBitmap, LeavesNothingBehindWhenRefused) {
-  const struct {
-    int memoryType;
-    unsigned points;
-  } cases[] = {{ALLOC_MEMORY, 2}, {runLength, 3}};
-  for (const auto& c : cases) {
-    refuseEachResource({.leastPoints = c.points}, [&](RefusalRound& round) {
-      TestBitmap bitmap;
-      Zv_InitBitmap(&bitmap, 100, 20, 1);
-      if (c.memoryType == runLength) bitmap.Flags |= BMF_RUNLENGTH;  // the request stays
-      round.keeps(bitmap);
-      round.run([&] { return Zv_AllocateBitmap(&bitmap, c.memoryType); });
-    });
-  }
-}
-
 TEST(ChangeBitmapHeight, KeepsRowsAndAddsZeros) {
   std::mt19937 random(5);
   for (const int memoryType : {int{ALLOC_MEMORY}, runLength}) {
@@ -119,19 +104,6 @@ TEST(ChangeBitmapHeight, RefusesWhatCannotBe) {
   const Snapshot before(bitmap);
   for (const int height : {0, -1, 0x7FFFFFFF}) EXPECT_EQ(Zv_ChangeBitmapHeight(&bitmap, height), KERR_NO_MEMORY);
   EXPECT_TRUE(before.unchanged());
-}
-
-TEST(ChangeBitmapHeight, KeepsTheBitmapWhenRefused) {
-  std::mt19937 random(6);
-  const struct { int memoryType, height; } cases[] = {{ALLOC_MEMORY, 3}, {ALLOC_MEMORY, 20}, {runLength, 20}};
-  for (const auto& c : cases) {
-    refuseEachResource({}, [&](RefusalRound& round) {
-      TestBitmap bitmap(37, 11, 1, c.memoryType);
-      fillWithNoise(bitmap, random);
-      round.keeps(bitmap);
-      round.run([&] { return Zv_ChangeBitmapHeight(&bitmap, c.height); });
-    });
-  }
 }
 
 TEST(ChangeBitmapHeight, ShrinksRunLengthRowsEvenWhenRefused) {

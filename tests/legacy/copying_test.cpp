@@ -1,62 +1,15 @@
-// Copying and filling on the storage of a legacy host: global memory, which starts with anything, and temporary files.
+// The progress that fills report on the storage of a legacy host.
 #include <zavo.h>
 
 #include <gtest/gtest.h>
-#include <random>
 #include <vector>
 
 #include "support/progress_log.h"
-#include "support/refusals.h"
 #include "support/test_bitmap.h"
 
 namespace {
 
 using namespace zavotest;
-
-constexpr int memoryTypes[] = {ALLOC_MEMORY, ALLOC_DISK};
-
-TEST(LegacyCopying, CopiesBitmapsAndRectangles) {
-  std::mt19937 random(1609);
-  for (const int memoryType : memoryTypes) {
-    for (const int bits : {1, 3, 8, 24}) {
-      SCOPED_TRACE(testing::Message() << "memory type " << memoryType << ", " << bits << " bits");
-      TestBitmap source(37, 9, bits, memoryType);
-      fillWithNoise(source, random);
-      const Picture picture = pictureOf(source);
-      TestBitmap copy;
-      ASSERT_EQ(Zv_CopyBitmap(&copy, &source), KSUCCESS);
-      EXPECT_TRUE(pictureOf(copy) == picture);
-
-      TestBitmap file(37, 9, bits, ALLOC_DISK);
-      ASSERT_EQ(Zv_CopyBitmapData(&file, &source), KSUCCESS);
-      EXPECT_TRUE(pictureOf(file) == picture);
-
-      ASSERT_EQ(Zv_CopyBitmapRect(nullptr, &source, -5, -2, 60, 20), KSUCCESS);
-      Picture expected(60, 20);
-      for (int y = 0; y < 20; ++y) {
-        for (int x = 0; x < 60; ++x) expected.at(x, y) = picture.orZero(x - 5, y - 2);
-      }
-      EXPECT_TRUE(pictureOf(source) == expected);
-    }
-  }
-}
-
-// A copy falls back to a file where there is no global memory; memory that cannot be locked is no success.
-TEST(LegacyCopying, EveryRefusalLeavesThingsAsTheyWere) {
-  refuseEachResource({.survived = {"GlobalAlloc"}, .leastPoints = 3}, [](RefusalRound& round) {
-    TestBitmap source(37, 9, 8);
-    round.keeps(source);
-    TestBitmap copy;
-    round.run([&] { return Zv_CopyBitmap(&copy, &source); });
-  });
-  for (unsigned n = 1; n <= 2; ++n) {
-    TestBitmap source(37, 9, 24);
-    TestBitmap copy(37, 9, 24);
-    const Refusal refusal("GlobalLock", n);
-    EXPECT_EQ(Zv_CopyBitmapData(&copy, &source), KERR_NO_MEMORY) << "lock " << n;
-    EXPECT_NE(refusal.refused(), nullptr);
-  }
-}
 
 TEST(LegacyFill, FilesReportEveryRow) {
   TestBitmap bitmap(37, 7, 5, ALLOC_DISK);

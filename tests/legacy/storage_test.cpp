@@ -8,8 +8,9 @@
 #include <string>
 
 #include "support/import_patch.h"
-#include "support/refusals.h"
+#include "support/platform_watch.h"
 #include "support/row_storage_checks.h"
+#include "support/snapshot.h"
 #include "support/test_bitmap.h"
 
 namespace {
@@ -100,6 +101,15 @@ TEST_F(LegacyHost, RowsOfMemoryThatCannotBeLockedAreRefused) {
   EXPECT_EQ(bitmap.Flags & stateFlags, globalMemory);
 }
 
+TEST_F(LegacyHost, CopyingMemoryThatCannotBeLockedIsRefused) {
+  for (unsigned n = 1; n <= 2; ++n) {
+    TestBitmap source(10, 7, 8), copy(10, 7, 8);
+    const Refusal refusal("GlobalLock", n);
+    EXPECT_EQ(Zv_CopyBitmapData(&copy, &source), KERR_NO_MEMORY) << "lock " << n;
+    EXPECT_NE(refusal.refused(), nullptr);
+  }
+}
+
 TEST_F(LegacyHost, FilesClaimTheirSpaceAndGoWithTheBitmap) {
   std::string path;
   {
@@ -137,30 +147,6 @@ TEST_F(LegacyHost, HeightChangeKeepsRows) {
       }
       EXPECT_TRUE(changed == expected);
     }
-  }
-}
-
-TEST_F(LegacyHost, EveryRefusalLeavesThingsAsTheyWere) {
-  for (const int memoryType : {ALLOC_MEMORY_ONLY, ALLOC_DISK}) {
-    refuseEachResource({}, [&](RefusalRound& round) {
-      TestBitmap bitmap;
-      Zv_InitBitmap(&bitmap, 10, 7, 8);
-      round.keeps(bitmap);
-      round.run([&] { return Zv_AllocateBitmap(&bitmap, memoryType); });
-    });
-  }
-  refuseEachResource({.survived = {"GlobalAlloc"}, .leastPoints = 1}, [&](RefusalRound& round) {
-    TestBitmap bitmap;
-    Zv_InitBitmap(&bitmap, 10, 7, 8);
-    round.run([&] { return Zv_AllocateBitmap(&bitmap, ALLOC_MEMORY); });
-  });
-  for (const int height : {3, 20}) {
-    refuseEachResource({}, [&](RefusalRound& round) {
-      TestBitmap bitmap(10, 7, 8, ALLOC_MEMORY);
-      fillWithNoise(bitmap, random);
-      round.keeps(bitmap);
-      round.run([&] { return Zv_ChangeBitmapHeight(&bitmap, height); });
-    });
   }
 }
 
