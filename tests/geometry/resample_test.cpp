@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "support/progress_log.h"
-#include "support/refusals.h"
+#include "support/snapshot.h"
 #include "support/test_bitmap.h"
 
 namespace {
@@ -312,19 +312,6 @@ TEST(ResampleBitmap, RefusesWhatCannotBe) {
   EXPECT_EQ(Zv_ResampleBitmap(&bitmap, 0, 4), KERR_EMPTY);
   EXPECT_EQ(Zv_ResampleBitmap(&bitmap, 4, -4), KERR_NO_MEMORY);
   EXPECT_TRUE(snapshot.unchanged());
-}
-
-TEST(ResampleBitmap, KeepsTheBitmapWhenRefused) {
-  const struct {
-    int bits, width, height;
-  } cases[] = {{24, 50, 5}, {24, 20, 20}, {16, 50, 5}, {8, 50, 20}, {4, 50, 5}, {5, 20, 20}};
-  for (const auto& c : cases) {
-    refuseEachResource({.leastPoints = 4}, [&](RefusalRound& round) {
-      TestBitmap bitmap(37, 11, c.bits);
-      round.keeps(bitmap);
-      round.run([&] { return Zv_ResampleBitmap(&bitmap, c.width, c.height); });
-    });
-  }
 }
 
 }  // namespace

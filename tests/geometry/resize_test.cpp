@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "support/progress_log.h"
-#include "support/refusals.h"
+#include "support/snapshot.h"
 #include "support/test_bitmap.h"
 
 namespace {
@@ -229,19 +229,6 @@ TEST(SizeBitmap, ReportsProgressAndStops) {
       EXPECT_EQ(log.percents.size(), stop);
       EXPECT_TRUE(snapshot.unchanged());
     }
-  }
-}
-
-TEST(SizeBitmap, KeepsTheBitmapWhenRefused) {
-  for (const int bits : {1, 8, 24}) {
-    // Giving back the unused end of the region's runs is a kindness only.
-    refuseEachResource({.survived = {"GlobalReAlloc"}, .leastPoints = 3}, [&](RefusalRound& round) {
-      TestBitmap bitmap(37, 11, bits);
-      const RECT rect = {3, 4, 20, 9};
-      ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &rect, CombineSet), KSUCCESS);
-      round.keeps(bitmap);
-      round.run([&] { return Zv_SizeBitmap(&bitmap, 50, 20, 0); });
-    });
   }
 }
 

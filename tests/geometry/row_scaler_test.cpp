@@ -6,7 +6,6 @@
 #include <random>
 #include <vector>
 
-#include "support/refusals.h"
 #include "support/test_bitmap.h"
 
 namespace {
@@ -157,11 +156,6 @@ TEST(RowScaler, RefusesWhatCannotBe) {
   EXPECT_EQ(Zv_Resize(row, 0, 8, nullptr, nullptr, nullptr), KERR_BAD_PARAMETER);
   EXPECT_EQ(Zv_Resize(row, 0, 15, nullptr, nullptr, scaler.state), KERR_BAD_BPP);
   for (const int number : {INT_MAX, INT_MIN, -1, -2, 6}) EXPECT_GE(scaler.copies(number), INT_MAX / 7);
-  refuseEachResource({}, [&](RefusalRound& round) {
-    ResizeState* made = nullptr;
-    round.run([&] { return Zv_StartResize(5, 5, 6, 6, &made); });
-    Zv_StopResize(made);
-  });
 }
 
 }  // namespace

@@ -345,21 +345,6 @@ TEST(Composition, WhatCannotBeDrawnIsPassedOver) {
 
 // --- Refusals
 
-TEST(Refusals, CreatingAPlayback) {
-  refuseEachResource({.leastPoints = 2}, [](RefusalRound& round) {
-    TestBitmap target(4, 4, 8);
-    round.keeps(target);
-    PlaybackHandle playback = nullptr;
-    if (round.run([&] { return Zv_CreatePlayback(&playback, &target, nullptr); }) != KSUCCESS) {
-      EXPECT_EQ(playback, nullptr);
-      return;
-    }
-    BitmapListHandle list = nullptr;
-    EXPECT_EQ(Zv_DestroyPlayback(playback, &list), KSUCCESS);
-    EXPECT_EQ(Zv_DestroyBitmapList(list), KSUCCESS);
-  });
-}
-
 TEST(Refusals, AppendingAFrame) {
   refuseEachResource({.leastPoints = 2}, [](RefusalRound& round) {
     TestBitmap target(4, 4, 8);

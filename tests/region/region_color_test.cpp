@@ -3,7 +3,6 @@
 
 #include "region/region_model.h"
 #include "support/progress_log.h"
-#include "support/refusals.h"
 
 namespace zavotest {
 namespace {
@@ -115,23 +114,11 @@ TEST(RegionColor, TakesTheFirstEqualEntryAndWorksOnEveryStorage) {
   EXPECT_EQ(pointsOf(runs), expected);
 }
 
-TEST(RegionColor, BadArgumentsAndRefusedMemory) {
+TEST(RegionColor, BadArguments) {
   EXPECT_EQ(Zv_SetBitmapRgnColor(nullptr, 0, CombineSet), KERR_BAD_PARAMETER);
   BitmapHandle bare{};
   ASSERT_EQ(Zv_InitBitmap(&bare, 4, 4, 8), KSUCCESS);
   EXPECT_EQ(Zv_SetBitmapRgnColor(&bare, 0, CombineSet), KERR_BAD_BITMAP);
-
-  refuseEachResource({.survived = {"GlobalReAlloc"}, .leastPoints = 5}, [](RefusalRound& round) {
-    TestBitmap bitmap(600, 50, 3);
-    std::mt19937 random(7);
-    fillWithRuns(bitmap, random);
-    const RECT rect = {1, 1, 9, 9};
-    ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &rect, CombineSet), KSUCCESS);
-    const PointSet before = pointsOf(bitmap);
-    const int status = round.run([&] { return Zv_SetBitmapRgnColor(&bitmap, 0x01000001, CombineXor); });
-    EXPECT_EQ(pointsOf(bitmap) == before, status != KSUCCESS);
-    EXPECT_TRUE(isWellFormed(bitmap));
-  });
 }
 
 // A 1-bit mask with the given pixels.
@@ -198,22 +185,6 @@ TEST(RegionMask, DeeperMasksAndTransforms) {
   EXPECT_EQ(Zv_SetBitmapRgnFromMask(&target, nullptr, &bare, CombineSet), KERR_BAD_PARAMETER);
 }
 
-TEST(RegionMask, RefusedResources) {
-  refuseEachResource({.survived = {"GlobalReAlloc"}, .leastPoints = 6}, [](RefusalRound& round) {
-    TestBitmap mask(64, 30, 8);
-    std::mt19937 random(9);
-    fillWithNoise(mask, random);
-    TestBitmap target(50, 40, 24);
-    const RECT rect = {1, 1, 9, 9};
-    ASSERT_EQ(Zv_SetBitmapRgnRect(&target, nullptr, &rect, CombineSet), KSUCCESS);
-    const PointSet before = pointsOf(target);
-    const RegionXForm xform = {4, 1, 1, 1, 1, 0, 0};
-    round.keeps(mask);
-    const int status = round.run([&] { return Zv_SetBitmapRgnFromMask(&target, &xform, &mask, CombineSet); });
-    EXPECT_EQ(pointsOf(target) == before, status != KSUCCESS);
-  });
-}
-
 TEST(RegionMask, OfARegionAndBack) {
   std::mt19937 random(10);
   for (const int memoryType : {int{ALLOC_MEMORY}, ALLOC_MEMORY | ALLOC_RUNLENGTH}) {
@@ -252,16 +223,6 @@ TEST(RegionMask, CannotBeMade) {
     EXPECT_EQ(Zv_CreateMaskFromBitmapRgn(&bitmap, &mask), 0) << "stopped";
     EXPECT_FALSE(mask.allocated());
   }
-  const RECT rect = {1, 1, 9, 9};
-  ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &rect, CombineSet), KSUCCESS);
-  // A mask can do without its palette, and without the memory to make it.
-  refuseEachResource({.survived = {"CreatePalette", "GlobalAlloc"}, .leastPoints = 6}, [&](RefusalRound& round) {
-    TestBitmap made;
-    round.keeps(bitmap);
-    if (round.run([&] { return Zv_CreateMaskFromBitmapRgn(&bitmap, &made); }) != KSUCCESS) {
-      EXPECT_FALSE(made.allocated());
-    }
-  });
 }
 
 }  // namespace

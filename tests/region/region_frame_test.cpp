@@ -3,7 +3,6 @@
 
 #include "region/region_model.h"
 #include "support/platform_watch.h"
-#include "support/refusals.h"
 
 namespace zavotest {
 namespace {
@@ -188,7 +187,7 @@ TEST(RegionFrame, KeepsTheOutlineUntilSomethingChanges) {
   expectShown(1, "moved in the bitmap");
 }
 
-TEST(RegionFrame, BadArgumentsAndRefusedResources) {
+TEST(RegionFrame, BadArguments) {
   Canvas canvas;
   RegionBitmap bitmap(40, 40);
   EXPECT_EQ(Zv_FrameBitmapRgn(canvas.dc(), nullptr, nullptr, 0), KERR_BAD_BITMAP);
@@ -199,15 +198,6 @@ TEST(RegionFrame, BadArgumentsAndRefusedResources) {
   EXPECT_EQ(Zv_FrameBitmapRgn(canvas.dc(), &bitmap, &unusable, 0), KERR_BAD_PARAMETER);
   const RegionXForm huge = {0, 1 << 20, 1, 1 << 20, 1, 0, 0};
   EXPECT_EQ(Zv_FrameBitmapRgn(canvas.dc(), &bitmap, &huge, 0), KERR_NO_MEMORY);
-
-  refuseEachResource({.survived = {"GlobalReAlloc"}, .leastPoints = 8}, [&](RefusalRound& round) {
-    RegionBitmap turned(40, 40, VIEW_TURNED_90);
-    setScatteredRegion(turned, 16);
-    const PointSet before = pointsOf(turned);
-    const RegionXForm xform = {0, 1, 1, 1, 1, 0, 0};
-    round.run([&] { return Zv_FrameBitmapRgn(canvas.dc(), &turned, &xform, 0); });
-    EXPECT_EQ(pointsOf(turned), before);
-  });
 }
 
 }  // namespace

@@ -1,9 +1,8 @@
-// Shapes: the numbers of small cases, sizes beyond all reason, bad arguments, refused resources.
+// Shapes: the numbers of small cases, sizes beyond all reason, bad arguments.
 #include <climits>
 #include <string>
 
 #include "region/region_model.h"
-#include "support/refusals.h"
 
 namespace zavotest {
 namespace {
@@ -178,47 +177,6 @@ TEST(RegionShapes, BadArguments) {
   EXPECT_EQ(Zv_FreeBitmapRgn(nullptr), KERR_BAD_PARAMETER);
   EXPECT_EQ(Zv_BitmapHasRgn(nullptr), 0);
   EXPECT_EQ(Zv_BitmapHasRgn(&bitmap), 0);
-}
-
-TEST(RegionShapes, RefusedResources) {
-  const RECT rect = {-3, 2, 400, 320};
-  const POINT points[] = {{1, 1}, {390, 20}, {5, 300}, {200, 2}};
-  const std::function<int(BitmapHandle*, const RegionXForm*, int)> setters[] = {
-      [&](BitmapHandle* bitmap, const RegionXForm* xform, int mode) {
-        return Zv_SetBitmapRgnRect(bitmap, xform, &rect, mode);
-      },
-      [&](BitmapHandle* bitmap, const RegionXForm* xform, int mode) {
-        return Zv_SetBitmapRgnRoundRect(bitmap, xform, &rect, 30, 40, mode);
-      },
-      [&](BitmapHandle* bitmap, const RegionXForm* xform, int mode) {
-        return Zv_SetBitmapRgnEllipse(bitmap, xform, &rect, mode);
-      },
-      [&](BitmapHandle* bitmap, const RegionXForm* xform, int mode) {
-        return Zv_SetBitmapRgnPolygon(bitmap, xform, points, 4, POLYGON_ALTERNATE, mode);
-      },
-      [](BitmapHandle* bitmap, const RegionXForm*, int) { return Zv_OffsetBitmapRgn(bitmap, 100, -70); },
-  };
-  for (const auto& set : setters) {
-    for (const int mode : {CombineSet, CombineXor}) {
-      for (const bool withRegion : {false, true}) {
-        refuseEachResource({.survived = {"GlobalReAlloc"}, .leastPoints = 4}, [&](RefusalRound& round) {
-          RegionBitmap bitmap(300, 310, VIEW_BOTTOM_UP);
-          const RECT band = {0, 100, 300, 150};
-          if (withRegion) {
-            ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &band, CombineSet), KSUCCESS);
-          }
-          const PointSet before = pointsOf(bitmap);
-          const RegionXForm xform = {8, 1, 1, 1, 1, 0, 0};
-          round.keeps(bitmap);
-          const int status = round.run([&] { return set(&bitmap, &xform, mode); });
-          EXPECT_TRUE(isWellFormed(bitmap));
-          if (status != KSUCCESS) {
-            EXPECT_EQ(pointsOf(bitmap), before);
-          }
-        });
-      }
-    }
-  }
 }
 
 }  // namespace

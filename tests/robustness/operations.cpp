@@ -10,6 +10,7 @@ namespace {
 constexpr unsigned duplicatesAll = DUP_STORAGE | DUP_PALETTE | DUP_REGION;
 constexpr RECT shape = {3, 1, 30, 9};
 constexpr POINT corners[] = {{2, 2}, {35, 4}, {10, 10}};
+constexpr RegionXForm turned = {VIEW_TURNED_90, 1, 1, 1, 1, 0, 0};
 
 int resultOf(HPALETTE palette) {
   if (palette == nullptr) return KERR_NO_MEMORY;
@@ -66,6 +67,15 @@ int sizeInto(Subjects& s) {
   return overwrite(s, [](BitmapHandle* out, BitmapHandle* from) { return Zv_ResizeBitmap(from, out); });
 }
 
+// Of a copy in black and white, where there are such.
+int shrinkFavoringBlack(Subjects& s) {
+  TestBitmap copy;
+  if (const int status = Zv_CopyBitmap(&copy, &s.bitmap); status != KSUCCESS) return status;
+  static constexpr RGBQUAD colors[] = {{0, 0, 0, 0}, {255, 255, 255, 0}};
+  const int status = copy.BitsPerPixel == 1 ? Zv_PutBitmapColors(&copy, 0, 2, colors) : int{KSUCCESS};
+  return status == KSUCCESS ? Zv_SizeBitmap(&copy, 10, 5, SIZE_FAVOR_BLACK) : status;
+}
+
 int resizeRows(Subjects&) {
   ResizeState* state = nullptr;
   const int status = Zv_StartResize(37, 11, 50, 20, &state);
@@ -119,7 +129,7 @@ int regionHandle(Subjects& s) {
   TestBitmap copy;
   if (const int status = Zv_CopyBitmap(&copy, &s.bitmap); status != KSUCCESS) return status;
   HRGN region = nullptr;
-  const int status = Zv_GetBitmapRgnHandle(&copy, nullptr, &region);
+  const int status = Zv_GetBitmapRgnHandle(&copy, &turned, &region);
   if (region != nullptr) DeleteObject(region);
   return status != 0 ? status : int{KERR_NO_MEMORY};
 }
@@ -128,7 +138,7 @@ int frameRegion(Subjects& s) {
   TestBitmap copy;
   if (const int status = Zv_CopyBitmap(&copy, &s.bitmap); status != KSUCCESS) return status;
   HDC dc = CreateCompatibleDC(nullptr);
-  const int status = Zv_FrameBitmapRgn(dc, &copy, nullptr, 1);
+  const int status = Zv_FrameBitmapRgn(dc, &copy, &turned, 1);
   DeleteDC(dc);
   return status;
 }
@@ -147,7 +157,7 @@ int regionFromMask(Subjects& s) {
   if (const int status = Zv_AllocateBitmap(&mask, ALLOC_MEMORY); status != KSUCCESS) return status;
   Zv_LockBitmap(&mask);
   Zv_PutBitmapRow(&mask, rows.data(), 0, 88);
-  return Zv_SetBitmapRgnFromMask(&s.bitmap, nullptr, &mask, CombineAndNotRegion);
+  return Zv_SetBitmapRgnFromMask(&s.bitmap, &turned, &mask, CombineAndNotRegion);
 }
 
 // What is drawn on: a memory device context with 24 bits, of the test program's own.
@@ -173,6 +183,14 @@ class Canvas {
   HBITMAP section_;
   HGDIOBJ displaced_;
 };
+
+int playback(Subjects& s) {
+  PlaybackHandle made = nullptr;
+  BitmapListHandle list = nullptr;
+  if (const int status = Zv_CreatePlayback(&made, &s.bitmap, nullptr); status != KSUCCESS) return status;
+  Zv_DestroyPlayback(made, &list);
+  return Zv_DestroyBitmapList(list);
+}
 
 int paint(Subjects& s) {
   const Canvas canvas;
@@ -204,6 +222,14 @@ int underlay(Subjects& s) {
 template <int combineMode>
 int ellipse(Subjects& s) {
   return Zv_SetBitmapRgnEllipse(&s.bitmap, nullptr, &shape, combineMode);
+}
+
+int firstEllipse(Subjects& s) {
+  int status = Zv_CopyBitmap(&s.out, &s.bitmap);
+  Zv_FreeBitmapRgn(&s.out);
+  if (status == KSUCCESS) status = Zv_SetBitmapRgnEllipse(&s.out, nullptr, &shape, CombineXor);
+  if (status != KSUCCESS) Zv_FreeBitmap(&s.out);
+  return status;
 }
 
 int reduce(Subjects& s, int bits, unsigned options) {
@@ -245,12 +271,14 @@ const Operation table[] = {
     {"ellipse and", ellipse<CombineAnd>},
     {"ellipse or", ellipse<CombineOr>},
     {"ellipse xor", ellipse<CombineXor>},
+    {"first ellipse", firstEllipse},
     {"round rectangle",
      [](Subjects& s) { return Zv_SetBitmapRgnRoundRect(&s.bitmap, nullptr, &shape, 5, 4, CombineAndNotBitmap); }},
     {"polygon",
      [](Subjects& s) { return Zv_SetBitmapRgnPolygon(&s.bitmap, nullptr, corners, 3, POLYGON_ALTERNATE, CombineSet); }},
     {"region from handle", regionFromHandle},
-    {"region of a colour", [](Subjects& s) { return Zv_SetBitmapRgnColor(&s.bitmap, RGB(1, 2, 3), CombineOr); }},
+    {"region of a colour",
+     [](Subjects& s) { return Zv_SetBitmapRgnColor(&s.bitmap, Zv_GetPixelColor(&s.bitmap, 0, 0), CombineXor); }},
     {"region from mask", regionFromMask},
     {"move region", [](Subjects& s) { return Zv_OffsetBitmapRgn(&s.bitmap, 2, -3); }},
     {"region handle", regionHandle},
@@ -258,6 +286,7 @@ const Operation table[] = {
 
     {"size down", [](Subjects& s) { return Zv_SizeBitmap(&s.bitmap, 20, 7, 0); }},
     {"size up", [](Subjects& s) { return Zv_SizeBitmap(&s.bitmap, 60, 30, SIZE_FAVOR_BLACK); }},
+    {"shrink favouring black", shrinkFavoringBlack},
     {"resample", [](Subjects& s) { return Zv_ResampleBitmap(&s.bitmap, 50, 8); }},
     {"size into", sizeInto},
     {"size rows", resizeRows},
@@ -282,6 +311,7 @@ const Operation table[] = {
      [](Subjects& s) { return Zv_CreateMaskFromBitmapRgn(&s.bitmap, &s.out); },
      {"CreatePalette", "GlobalAlloc"}},
     {"paint", paint},
+    {"playback", playback},
 };
 
 }  // namespace
