@@ -41,8 +41,17 @@ Palette noisePalette(size_t count, std::mt19937& random) {
   return palette;
 }
 
+Palette grayPalette(size_t count) {
+  Palette palette(count);
+  for (size_t i = 0; i < count; ++i) {
+    const auto level = static_cast<uint8_t>(i * 255 / std::max<size_t>(count - 1, 1));
+    palette[i] = {level, level, level, 0};
+  }
+  return palette;
+}
+
 void setPalette(BitmapHandle& bitmap, const Palette& palette) {
-  DeleteObject(bitmap.Palette);
+  if (bitmap.Palette != nullptr) DeleteObject(bitmap.Palette);
   bitmap.Palette = Zv_CreatePalette(palette.data(), static_cast<unsigned>(palette.size()));
 }
 

@@ -31,6 +31,9 @@ Palette paletteOf(const BitmapHandle& bitmap);
 // `count` entries of noise.
 Palette noisePalette(size_t count, std::mt19937& random);
 
+// Levels from black to white in `count` steps, rounded down.
+Palette grayPalette(size_t count);
+
 // Puts another palette into a bitmap of up to 8 bits.
 void setPalette(BitmapHandle& bitmap, const Palette& palette);
 

@@ -8,6 +8,7 @@
 #include <random>
 
 #include "color/colors.h"
+#include "color/threshold_screens.h"
 #include "support/refusals.h"
 
 namespace {
@@ -27,14 +28,6 @@ constexpr ModelKernel modelKernels[] = {
     {200, {{0, 0, 0, 0, 0, 32, 0}, {12, 0, 26, 0, 30, 0, 16}, {0, 12, 0, 26, 0, 12, 0}, {5, 0, 12, 0, 12, 0, 5}}},
     {48, {{0, 0, 0, 0, 7, 5, 0}, {0, 3, 5, 7, 5, 3, 0}, {0, 1, 3, 5, 3, 1, 0}}},
 };
-
-constexpr int modelMatrices[2][64] = {
-    {0,   128, 32,  160, 8,   136, 40,  168, 192, 64,  224, 96,  200, 72,  232, 104, 48,  176, 16,  144, 56,  184,
-     24,  152, 236, 112, 208, 80,  244, 120, 216, 88,  12,  140, 44,  172, 4,   132, 36,  164, 204, 76,  232, 108,
-     196, 68,  228, 100, 60,  188, 28,  156, 52,  180, 20,  148, 248, 124, 220, 92,  240, 116, 212, 84},
-    {112, 40,  72, 104, 144, 176, 208, 136, 88,  8,   16,  48,  192, 232, 240, 168, 56,  24,  0,   80,  160, 224,
-     248, 200, 96, 64,  32,  120, 128, 216, 184, 152, 148, 180, 212, 140, 116, 44,  76,  108, 196, 236, 244, 172,
-     92,  12,  20, 52,  164, 228, 252, 204, 60,  28,  4,   84,  132, 220, 188, 156, 100, 68,  36,  124}};
 
 // Steps of ordered dithering from black to white, by bits of the fixed palette.
 constexpr int fixedLevelCodes[] = {0, 1, 3, 1, 2, 3, 3, 4, 8};
@@ -88,7 +81,7 @@ class Model {
   int added(int x, int channel) {
     if (diffuses()) return carried_[0][static_cast<size_t>(x)].sum[channel] / modelKernels[method_ - 1].divisor;
     if (method_ != 7 && method_ != 8) return 0;
-    return modelMatrices[method_ - 7][row_ % 8 * 8 + x % 8] / levelCode_ - 128 / levelCode_;
+    return static_cast<int>(screens[8 - method_][row_ % 8][x % 8]) / levelCode_ - 128 / levelCode_;
   }
 
   void spread(int x, int channel, int error) {
@@ -163,15 +156,6 @@ class Model {
   std::vector<Sums> carried_[4];  // to this row and the three below
   std::map<unsigned, unsigned> known_;
 };
-
-Palette grayPalette(size_t count) {
-  Palette palette(count);
-  for (size_t i = 0; i < count; ++i) {
-    const auto level = static_cast<uint8_t>(i * 255 / std::max<size_t>(count - 1, 1));
-    palette[i] = {level, level, level, 0};
-  }
-  return palette;
-}
 
 // Dithers all rows of a bitmap and compares with the model; what lies behind the indexes must stay.
 void expectModel(BitmapHandle& source, const Palette& palette, unsigned colors) {
