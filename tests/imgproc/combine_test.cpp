@@ -7,7 +7,6 @@
 #include <random>
 
 #include "imgproc/pixel_model.h"
-#include "support/refusals.h"
 #include "support/snapshot.h"
 
 namespace {
@@ -116,29 +115,6 @@ std::vector<unsigned> allOperations() {
   return operations;
 }
 
-TEST(Combine, EveryOperationAtEveryDepth) {
-  std::mt19937 random(640);
-  for (const int bits : allDepths) {
-    TestBitmap destination(21, 3, bits), source(21, 3, bits);
-    if (bits == 8) makeGray(destination), makeGray(source);
-    for (const unsigned operation : allOperations()) {
-      SCOPED_TRACE(testing::Message() << bits << " bits, operation " << std::hex << operation);
-      fillWithNoise(destination, random);
-      fillWithNoise(source, random);
-      const Rectangle r = {1, 0, 19, 3, 1, 0};
-      if (bits < 8 && isArithmetic(operation)) {
-        const Snapshot before(destination);
-        EXPECT_EQ(combine(destination, source, r, operation), KERR_BAD_BPP);
-        EXPECT_TRUE(before.unchanged());
-        continue;
-      }
-      const Picture expected = model(destination, source, r, operation);
-      ASSERT_EQ(combine(destination, source, r, operation), KSUCCESS);
-      ASSERT_NO_FATAL_FAILURE(expectSame(pictureOf(destination), expected));
-    }
-  }
-}
-
 TEST(Combine, LevelsAreWorkedOnAcrossTheirWholeRange) {
   TestBitmap destination(256, 256, 8), source(256, 256, 8);
   makeGray(destination);
@@ -160,139 +136,69 @@ TEST(Combine, LevelsAreWorkedOnAcrossTheirWholeRange) {
   }
 }
 
-TEST(Combine, AnyRectanglesOfAnyTwoBitmaps) {
+// Rectangles of bitmaps, of one bitmap and of two records of its pixels, against the model.
+TEST(Combine, EveryOperationAtEveryDepth) {
   const std::vector<unsigned> operations = allOperations();
-  int refused = 0;
-  for (unsigned number = 0; number < 1500; ++number) {
-    std::mt19937 random(number);
-    const int bits = allDepths[random() % std::size(allDepths)];
-    const int sourceBits = random() % 3 == 0 ? bits : allDepths[random() % std::size(allDepths)];
-    const unsigned operation = random() % 3 == 0 ? 0x30 : operations[random() % operations.size()];
-    const int kinds[] = {ALLOC_MEMORY, ALLOC_MEMORY | ALLOC_RUNLENGTH};
-    TestBitmap destination(static_cast<int>(random() % 70) + 1, static_cast<int>(random() % 12) + 1, bits,
-                           kinds[random() % 2]);
-    TestBitmap source(static_cast<int>(random() % 70) + 1, static_cast<int>(random() % 12) + 1, sourceBits,
-                      kinds[random() % 2]);
-    makeRandom(destination, random);
-    makeRandom(source, random);
-    const Rectangle r = {nearEdge(random, destination.Width), nearEdge(random, destination.Height),
-                         std::max(0, nearEdge(random, 60)),   std::max(0, nearEdge(random, 12)),
-                         nearEdge(random, source.Width / 2),  nearEdge(random, source.Height / 2)};
-    SCOPED_TRACE(testing::Message() << "case " << number << ": " << sourceBits << " bits onto " << bits
-                                    << ", perspective " << source.ViewPerspective << " onto "
-                                    << destination.ViewPerspective << ", operation " << std::hex << operation);
-    const Snapshot sourceBefore(source);
-    const Snapshot before(destination);
-    const bool levels = bits > 8 || Zv_IsGrayScaleBitmap(&destination) != 0;
-    if (isArithmetic(operation) && (bits < 8 || !levels)) {
-      EXPECT_EQ(combine(destination, source, r, operation), KERR_BAD_BPP);
-      EXPECT_TRUE(before.unchanged());
-      ++refused;
-      continue;
-    }
-    const Picture expected = model(destination, source, r, operation);
-    ASSERT_EQ(combine(destination, source, r, operation), KSUCCESS);
-    ASSERT_NO_FATAL_FAILURE(expectSame(pictureOf(destination), expected));
-    EXPECT_TRUE(sourceBefore.unchanged());
-  }
-  EXPECT_LT(refused, 700) << "too few cases did anything";
-}
-
-// Rows are worked on in pieces.
-TEST(Combine, LongRows) {
-  std::mt19937 random(644);
+  unsigned number = 0;
   for (const int bits : allDepths) {
-    for (const bool sameDepth : {true, false}) {
-      const int sourceBits = sameDepth ? bits : bits == 1 ? 3 : 1;
-      const int width = sameDepth ? 18000 / bits + 700 : 700;
-      SCOPED_TRACE(testing::Message() << sourceBits << " bits onto " << bits << ", width " << width);
-      TestBitmap destination(width, 1, bits), source(width, 1, sourceBits);
-      fillWithNoise(destination, random);
-      fillWithNoise(source, random);
-      if (bits == 8) makeGray(destination);
-      const Rectangle r = {3, 0, width - 9, 1, 5, 0};
-      for (const unsigned operation : {COMBINE_XOR, COMBINE_COPY, COMBINE_ADD}) {
-        if (bits < 8 && isArithmetic(operation)) continue;
-        const Picture expected = model(destination, source, r, operation);
-        ASSERT_EQ(combine(destination, source, r, operation), KSUCCESS);
-        ASSERT_NO_FATAL_FAILURE(expectSame(pictureOf(destination), expected));
+    for (const unsigned operation : operations) {
+      std::mt19937 random(++number);
+      const int kinds[] = {ALLOC_MEMORY, ALLOC_MEMORY | ALLOC_RUNLENGTH};
+      const int sourceBits = random() % 3 == 0 ? bits : allDepths[random() % std::size(allDepths)];
+      const int height = static_cast<int>(random() % 8) + 1;
+      // Rows are worked on in pieces.
+      const int width = number % 211 == 0 ? (bits == sourceBits ? 18000 / bits : 0) + 700 : random() % 70 + 1;
+      TestBitmap destination(width, number % 211 == 0 ? 1 : height, bits, kinds[random() % 2]);
+      TestBitmap other(width + static_cast<int>(random() % 9), height, sourceBits, kinds[random() % 2]);
+      makeRandom(destination, random);
+      makeRandom(other, random);
+      BitmapHandle alias = destination;
+      alias.ViewPerspective = perspectives[random() % std::size(perspectives)];
+      BitmapHandle* const sources[] = {&other, &other, &other, &other, &destination, &alias};
+      BitmapHandle& source = *sources[random() % std::size(sources)];
+      const auto place = [&](int size) {
+        if (number % 9 == 0 && random() % 2 == 0) return random() % 2 == 0 ? INT_MAX : INT_MIN;
+        return random() % 2 == 0 ? 0 : nearEdge(random, size);
+      };
+      const Rectangle r = {place(width),
+                           place(height),
+                           random() % 2 == 0 ? width : std::max(0, place(60)),
+                           random() % 2 == 0 ? height : std::max(0, place(8)),
+                           place(source.Width / 2),
+                           place(source.Height / 2)};
+      SCOPED_TRACE(testing::Message() << "case " << number << ": " << source.BitsPerPixel << " bits onto " << bits
+                                      << ", perspective " << source.ViewPerspective << " onto "
+                                      << destination.ViewPerspective << ", operation " << std::hex << operation);
+      const Snapshot before(destination), otherBefore(other);
+      const bool levels = bits > 8 || (bits == 8 && Zv_IsGrayScaleBitmap(&destination) != 0);
+      if (isArithmetic(operation) && !levels) {
+        // Whether there are levels does not hang on the rectangle.
+        EXPECT_EQ(combine(destination, source, r, operation), KERR_BAD_BPP);
+        EXPECT_TRUE(before.unchanged());
+        continue;
       }
+      const Picture expected = model(destination, source, r, operation);
+      ASSERT_EQ(combine(destination, source, r, operation), KSUCCESS);
+      ASSERT_NO_FATAL_FAILURE(expectSame(pictureOf(destination), expected));
+      EXPECT_TRUE(otherBefore.unchanged());
     }
   }
 }
 
-TEST(Combine, ABitmapWithItself) {
-  std::mt19937 random(641);
-  for (const int bits : allDepths) {
-    for (const Rectangle& r : {Rectangle{5, 2, 20, 5, 3, 1}, {3, 1, 20, 5, 5, 2}, {0, 0, 40, 9, 1, 0}}) {
-      SCOPED_TRACE(testing::Message() << bits << " bits from " << r.sourceLeft << ", " << r.sourceTop);
-      TestBitmap bitmap(33, 9, bits);
-      fillWithNoise(bitmap, random);
-      const Picture expected = model(bitmap, bitmap, r, COMBINE_COPY);
-      // A second record of the same pixels, too, and one that sees them the other way round.
-      BitmapHandle alias = bitmap;
-      const bool useAlias = random() % 2 == 0;
-      ASSERT_EQ(combine(bitmap, useAlias ? alias : bitmap, r, COMBINE_COPY), KSUCCESS);
-      expectSame(pictureOf(bitmap), expected);
-      alias = bitmap;
-      alias.ViewPerspective = VIEW_BOTTOM_UP;
-      const Picture flipped = model(bitmap, alias, r, COMBINE_XOR);
-      ASSERT_EQ(combine(bitmap, alias, r, COMBINE_XOR), KSUCCESS);
-      expectSame(pictureOf(bitmap), flipped);
-    }
-  }
-}
-
-TEST(Combine, WithoutAResourceNothingIsDone) {
-  std::mt19937 random(643);
-  TestBitmap destination(40, 12, 8), source(40, 12, 1, ALLOC_RUNLENGTH);
-  fillWithNoise(destination, random);
-  fillWithNoise(source, random);
-  source.ViewPerspective = VIEW_TURNED_270;
-  giveRandomRegion(destination, random);
-  giveRandomRegion(source, random);
-  refuseEachResource({.survived = {"GlobalReAlloc"}, .leastPoints = 10}, [&](RefusalRound& round) {
-    round.keeps(destination);
-    round.keeps(source);
-    round.run([&] { return combine(destination, source, {0, 0, 40, 12, 0, 0}, COMBINE_XOR); });
-  });
-}
-
-TEST(Combine, AbsurdRectanglesAreCutOrRefused) {
-  std::mt19937 random(642);
+TEST(Combine, RefusesBadArguments) {
   TestBitmap destination(20, 10, 24), source(20, 10, 24);
-  fillWithNoise(source, random);
-  const Rectangle cut[] = {
-      {0, 0, INT_MAX, INT_MAX, 0, 0},
-      {INT_MIN, INT_MIN, INT_MAX, INT_MAX, 0, 0},
-      {INT_MIN, 0, INT_MAX, 5, INT_MIN, 0},
-      {INT_MAX, 0, INT_MAX, 5, INT_MAX, 0},
-      {3, 3, INT_MAX, INT_MAX, -4, -4},
-      {-4, -4, INT_MAX, INT_MAX, 3, 3},
-      {0, 0, 0, 10, 0, 0},
-      {0, INT_MAX, 20, 10, 0, INT_MIN},
-  };
-  for (const Rectangle& r : cut) {
-    SCOPED_TRACE(testing::Message() << r.left << ", " << r.top);
-    const Picture expected = model(destination, source, r, COMBINE_COPY);
-    EXPECT_EQ(combine(destination, source, r, COMBINE_COPY), KSUCCESS);
-    expectSame(pictureOf(destination), expected);
-  }
+  BitmapHandle empty{};
   const Snapshot before(destination);
   EXPECT_EQ(combine(destination, source, {0, 0, -1, 5, 0, 0}, COMBINE_COPY), KERR_BAD_PARAMETER);
   EXPECT_EQ(combine(destination, source, {0, 0, 5, INT_MIN, 0, 0}, COMBINE_COPY), KERR_BAD_PARAMETER);
   for (const unsigned operation : {0x4u, 0xFu, 0xC0u, 0xF0u, 0x400u, 0xF00u, 0x2000u, 0x10030u, 0x80000030u}) {
     EXPECT_EQ(combine(destination, source, {0, 0, 5, 5, 0, 0}, operation), KERR_BAD_PARAMETER) << operation;
   }
-  BitmapHandle empty{};
   EXPECT_EQ(combine(empty, source, {}, COMBINE_COPY), KERR_BAD_BITMAP);
   EXPECT_EQ(combine(destination, empty, {}, COMBINE_COPY), KERR_BAD_BITMAP);
   EXPECT_EQ(Zv_CombineBitmap(nullptr, 0, 0, 1, 1, &source, 0, 0, 0x30), KERR_BAD_BITMAP);
   EXPECT_EQ(Zv_CombineBitmap(&destination, 0, 0, 1, 1, nullptr, 0, 0, 0x30), KERR_BAD_BITMAP);
   EXPECT_TRUE(before.unchanged());
-  // Whether there are levels does not hang on the rectangle.
-  TestBitmap indexes(20, 10, 8);
-  EXPECT_EQ(combine(indexes, source, {0, 0, 0, 0, 0, 0}, COMBINE_ADD), KERR_BAD_BPP);
 }
 
 }  // namespace

@@ -19,52 +19,38 @@ constexpr COLORREF paletteIndex(unsigned index) {
 TEST(Fill, EveryDepthThroughTheRegionAndWhole) {
   std::mt19937 random(60);
   for (const int bits : allDepths) {
-    for (const int memoryType : {int{ALLOC_MEMORY}, ALLOC_MEMORY | ALLOC_RUNLENGTH}) {
-      SCOPED_TRACE(testing::Message() << bits << " bits, memory type " << memoryType);
-      TestBitmap bitmap(45, 20, bits, memoryType);
-      ASSERT_TRUE(bitmap.allocated());
-      const unsigned index = (1u << (bits < 8 ? bits : 8)) - 1;
-      const COLORREF color = bits <= 8 ? paletteIndex(index) : RGB(255, 0, 255);
-      uint32_t pixel = index;
-      if (bits == 16) pixel = 0x1F7C;
-      if (bits == 24) pixel = 0xFF00FF;
-      if (bits == 32) pixel = 0xFF00FF00;
-
+    for (int width = 1; width <= 45; ++width) {
+      SCOPED_TRACE(testing::Message() << bits << " bits, width " << width);
+      TestBitmap bitmap(width, 20, bits);
       fillWithNoise(bitmap, random);
-      const Picture before = pictureOf(bitmap);
+      const uint32_t pixel = bits == 32 ? 0xFF00FF00 : bits == 24 ? 0xFF00FF : bits == 16 ? 0x1F7C : (1u << bits) - 1;
+      const COLORREF color = bits <= 8 ? paletteIndex(pixel) : RGB(255, 0, 255);
       const RECT box = {3, 4, 30, 15};
-      ASSERT_EQ(Zv_SetBitmapRgnEllipse(&bitmap, nullptr, &box, CombineSet), KSUCCESS);
-      ASSERT_EQ(Zv_FillBitmap(&bitmap, color), KSUCCESS);
-      const Picture through = pictureOf(bitmap);
-      for (int y = 0; y < 20; ++y) {
-        for (int x = 0; x < 45; ++x) {
-          const bool inside = Zv_IsPtInBitmapRgn(&bitmap, y, x) == 1;
-          ASSERT_EQ(through.at(x, y), inside ? pixel : before.at(x, y)) << "at " << x << ", " << y;
+      for (const bool whole : {false, true}) {
+        if (!whole) Zv_SetBitmapRgnEllipse(&bitmap, nullptr, &box, CombineSet);
+        Picture expected = pictureOf(bitmap);
+        for (int y = 0; y < 20; ++y) {
+          for (int x = 0; x < width; ++x) {
+            if (whole || Zv_IsPtInBitmapRgn(&bitmap, y, x) == 1) expected.at(x, y) = pixel;
+          }
         }
+        ASSERT_EQ(Zv_FillBitmap(&bitmap, color), KSUCCESS);
+        ASSERT_EQ(pictureOf(bitmap), expected);
+        Zv_FreeBitmapRgn(&bitmap);
       }
-
-      ASSERT_EQ(Zv_FreeBitmapRgn(&bitmap), KSUCCESS);
-      ASSERT_EQ(Zv_FillBitmap(&bitmap, color), KSUCCESS);
-      for (const uint32_t filled : pictureOf(bitmap).pixels) ASSERT_EQ(filled, pixel);
       ASSERT_EQ(Zv_ClearBitmap(&bitmap), KSUCCESS);
-      for (const uint32_t cleared : pictureOf(bitmap).pixels) ASSERT_EQ(cleared, 0u);
+      ASSERT_EQ(pictureOf(bitmap), Picture(width, 20));
     }
   }
 }
 
-TEST(Fill, ColoursTakeTheNearestIndexOfTheSystem) {
-  TestBitmap bitmap(9, 3, 4);
+TEST(Fill, ReportsBeforeAndAfterAndCanBeRefused) {
+  TestBitmap bitmap(9, 30, 4);
+  // Colours take the nearest index of the system.
   for (const COLORREF color : {RGB(250, 3, 3), RGB(130, 130, 120), RGB(0, 0, 140)}) {
+    const ProgressLog log;
     ASSERT_EQ(Zv_FillBitmap(&bitmap, color), KSUCCESS);
     EXPECT_EQ(pictureOf(bitmap).at(4, 1), GetNearestPaletteIndex(bitmap.Palette, color));
-  }
-}
-
-TEST(Fill, ReportsBeforeAndAfterAndCanBeRefused) {
-  TestBitmap bitmap(9, 30, 8);
-  {
-    const ProgressLog log;
-    ASSERT_EQ(Zv_FillBitmap(&bitmap, paletteIndex(9)), KSUCCESS);
     EXPECT_EQ(log.percents, (std::vector<int>{0, 100}));
   }
   const Snapshot before(bitmap);

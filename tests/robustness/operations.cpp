@@ -216,6 +216,7 @@ int combine(Subjects& s) {
 int underlay(Subjects& s) {
   TestBitmap small;
   const int status = Zv_CopyBitmapRect(&small, &s.bitmap, 0, 0, 9, 5);
+  small.ViewPerspective = VIEW_TURNED_90;
   return status == KSUCCESS ? Zv_UnderlayBitmap(&s.bitmap, &small, UNDERLAY_STRETCH) : status;
 }
 
