@@ -99,8 +99,9 @@ HDC ZAVO_CALL Zv_CreateZavoDC(BitmapHandle* bitmap) {
 }
 
 int ZAVO_CALL Zv_DeleteZavoDC(HDC dc) {
-  // Only an object that is not selected can be deleted, so another takes the section's place.
-  const BitmapObject placeholder(CreateBitmap(1, 1, 1, 1, nullptr));
-  if (const HGDIOBJ section = SelectObject(dc, placeholder.get())) DeleteObject(section);
-  return DeleteDC(dc);
+  // Only an object that is not selected can be deleted, so the device context goes first: that needs no resource.
+  const HGDIOBJ section = GetCurrentObject(dc, OBJ_BITMAP);
+  const int result = DeleteDC(dc);
+  if (result != 0) DeleteObject(section);
+  return result;
 }
