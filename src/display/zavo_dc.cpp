@@ -22,12 +22,12 @@ bool canBeDrawnOn(int bitsPerPixel) {
   return bitsPerPixel == 1 || bitsPerPixel == 4 || bitsPerPixel == 8 || bitsPerPixel > 8;
 }
 
-// Run-length rows become ordinary ones, in place.
+// Run-length rows become ordinary ones, in place. They must lie in memory: nothing can be drawn into a temporary file.
 bool unpackStorage(BitmapHandle& bitmap) {
   if (!isRunLength(bitmap)) return true;
   BitmapHandle unpacked = bitmap;
   if (Zv_InitBitmap(&unpacked, bitmap.Width, bitmap.Height, bitmap.BitsPerPixel) != KSUCCESS ||
-      Zv_AllocateBitmap(&unpacked, ALLOC_MEMORY) != KSUCCESS) {
+      Zv_AllocateBitmap(&unpacked, ALLOC_MEMORY_ONLY) != KSUCCESS) {
     return false;
   }
   if (Zv_CopyBitmapData(&unpacked, &bitmap) != KSUCCESS) {
