@@ -3,33 +3,14 @@
 
 #include <gtest/gtest.h>
 
-#include "display/canvas.h"
 #include "display/paint_model.h"
-#include "display/screen.h"
+#include "support/canvas.h"
 #include "support/platform_watch.h"
-#include "support/refusals.h"
+#include "support/screen.h"
+#include "support/seen_picture.h"
 
 namespace zavotest {
 namespace {
-
-// What a bitmap that came from the device shows, 0xRRGGBB from the top.
-std::vector<uint32_t> shownPixels(BitmapHandle& bitmap, const RGBQUAD* colors) {
-  const Picture stored = pictureOf(bitmap);
-  std::vector<uint32_t> pixels;
-  for (int y = 0; y < bitmap.Height; ++y) {
-    for (int x = 0; x < bitmap.Width; ++x) {
-      int column = x, row = y;
-      Zv_PointToBitmap(&bitmap, VIEW_UPRIGHT, &column, &row);
-      const uint32_t value = stored.at(column, row);
-      const RGBQUAD color =
-          bitmap.BitsPerPixel <= 8
-              ? colors[value]
-              : RGBQUAD{static_cast<BYTE>(value >> 16), static_cast<BYTE>(value >> 8), static_cast<BYTE>(value), 0};
-      pixels.push_back(static_cast<uint32_t>(color.rgbRed << 16 | color.rgbGreen << 8 | color.rgbBlue));
-    }
-  }
-  return pixels;
-}
 
 TEST(Ddb, HoldsThePictureAsThePaintEngineShowsIt) {
   HDC screen = GetDC(nullptr);
@@ -69,9 +50,7 @@ TEST(Ddb, HoldsThePictureAsThePaintEngineShowsIt) {
       EXPECT_EQ(back.Width, width);
       EXPECT_EQ(back.Height, height);
       EXPECT_EQ(back.BitsPerPixel, screenBits() == 8 ? 8 : 24);
-      RGBQUAD colors[256] = {};
-      if (back.BitsPerPixel <= 8) Zv_GetPaletteEntries(back.Palette, 0, back.ColorCount, colors);
-      EXPECT_TRUE(showsOnScreen(shownPixels(back, colors), expected)) << "mode " << mode;
+      EXPECT_TRUE(showsOnScreen(seenOf(back).pixels, expected)) << "mode " << mode;
     }
   }
   ReleaseDC(nullptr, screen);
@@ -88,12 +67,11 @@ TEST(Ddb, OneBitBitmapsComeBackAsTheyAre) {
     TestBitmap bitmap;
     ASSERT_EQ(Zv_ConvertFromDDB(screen, &bitmap, mono, nullptr), KSUCCESS);
     EXPECT_EQ(bitmap.BitsPerPixel, 1);
-    const RGBQUAD blackWhite[] = {{0, 0, 0, 0}, {255, 255, 255, 0}};
-    const std::vector<uint32_t> shown = shownPixels(bitmap, blackWhite);
+    const Picture shown = seenOf(bitmap);
     for (int y = 0; y < 9; ++y) {
       for (int x = 0; x < width; ++x) {
         const bool set = (bits[static_cast<size_t>(y * stride + x / 8)] >> (7 - x % 8) & 1) != 0;
-        ASSERT_EQ(shown[static_cast<size_t>(y * width + x)], set ? 0xFFFFFFu : 0u) << width << ": " << x << ", " << y;
+        ASSERT_EQ(shown.at(x, y), set ? 0xFFFFFFu : 0u) << width << ": " << x << ", " << y;
       }
     }
     DeleteObject(mono);
@@ -121,35 +99,6 @@ TEST(Ddb, ChangingFreesTheBitmapOnSuccessOnly) {
             KERR_BAD_PARAMETER);
   EXPECT_EQ(Zv_ConvertFromDDB(screen, &bitmap, ddb, nullptr), KSUCCESS);
   EXPECT_NE(GetObjectType(ddb), 0u);
-  DeleteObject(ddb);
-  ReleaseDC(nullptr, screen);
-}
-
-TEST(Ddb, GivesEverythingBackWhenAResourceIsRefused) {
-  // Where a paint palette is wanted, the picture comes out without it.
-  const std::vector<std::string> survived = {"CreatePalette", "GlobalAlloc"};
-  refuseEachResource(
-      {.codes = {0}, .survived = screenBits() == 8 ? survived : std::vector<std::string>(), .leastPoints = 5},
-      [](RefusalRound& round) {
-        TestBitmap bitmap(30, 20, 24);
-        bitmap.ViewPerspective = VIEW_TURNED_90;
-        round.keeps(bitmap);
-        HBITMAP ddb = nullptr;
-        round.run([&] {
-          ddb = Zv_ConvertToDDB(nullptr, &bitmap);
-          return ddb != nullptr ? 1 : 0;
-        });
-        if (ddb != nullptr) DeleteObject(ddb);
-      });
-  HDC screen = GetDC(nullptr);
-  TestBitmap picture(30, 20, 24);
-  HBITMAP ddb = Zv_ConvertToDDB(screen, &picture);
-  // Without the screen's device context there is a resolution still.
-  refuseEachResource({.survived = {"GetDC"}, .leastPoints = 3}, [&](RefusalRound& round) {
-    TestBitmap bitmap;
-    round.keeps(bitmap);
-    round.run([&] { return Zv_ConvertFromDDB(screen, &bitmap, ddb, nullptr); });
-  });
   DeleteObject(ddb);
   ReleaseDC(nullptr, screen);
 }

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "display/canvas.h"
 #include "display/paint_model.h"
+#include "support/canvas.h"
 
 namespace zavotest {
 namespace {

@@ -3,23 +3,23 @@
 
 #include <gtest/gtest.h>
 
-#include "display/canvas.h"
 #include "display/paint_model.h"
+#include "support/canvas.h"
 
 namespace zavotest {
 namespace {
 
-constexpr RGBQUAD blackWhite[] = {{0, 0, 0, 0}, {255, 255, 255, 0}};
-constexpr RGBQUAD whiteBlack[] = {{255, 255, 255, 0}, {0, 0, 0, 0}};
 constexpr RGBQUAD redGreen[] = {{0, 0, 255, 0}, {0, 255, 0, 0}};
 
 enum class Colors : uint8_t { fixed, own, ascending, descending, noGray };
 
 void giveColors(BitmapHandle& bitmap, Colors colors) {
-  HPALETTE palette = nullptr;
   if (colors == Colors::fixed) return;
-  if (colors == Colors::ascending) palette = Zv_CreatePalette(blackWhite, 2);
-  if (colors == Colors::descending) palette = Zv_CreatePalette(whiteBlack, 2);
+  if (colors == Colors::ascending || colors == Colors::descending) {
+    giveBlackAndWhite(bitmap, colors == Colors::descending);
+    return;
+  }
+  HPALETTE palette = nullptr;
   if (colors == Colors::noGray) palette = Zv_CreatePalette(redGreen, 2);
   if (colors == Colors::own) {
     std::vector<RGBQUAD> entries(bitmap.ColorCount);

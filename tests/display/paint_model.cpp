@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <sstream>
 
+#include "support/seen_picture.h"
+
 namespace zavotest {
 namespace {
 
@@ -65,6 +67,13 @@ RandomBitmap::RandomBitmap(std::mt19937& random, int bits)
   if (bits > 8) ColorOrder = number(random, 0, 1);
 }
 
+void giveBlackAndWhite(BitmapHandle& bitmap, bool descending) {
+  RGBQUAD colors[] = {{0, 0, 0, 0}, {255, 255, 255, 0}};
+  if (descending) std::swap(colors[0], colors[1]);
+  DeleteObject(bitmap.Palette);
+  bitmap.Palette = Zv_CreatePalette(colors, 2);
+}
+
 std::string describe(const BitmapHandle& bitmap, const PaintRects& rects) {
   std::ostringstream text;
   const auto say = [&text](const char* name, const std::optional<RECT>& r) {
@@ -97,7 +106,9 @@ AdjustTable currentAdjustTable() {
 
 // The seen picture, and which of its pixels a pixel of the destination takes.
 struct PaintModel::Source {
-  Source(BitmapHandle& bitmap, const PaintRects& rects) : bitmap_(bitmap), stored_(pictureOf(bitmap)) {
+  Source(BitmapHandle& bitmap, const PaintRects& rects) : values_(seenValuesOf(bitmap)), colors_(seenOf(bitmap)) {
+    // Five bits of a channel stand for eight.
+    for (uint32_t& color : colors_.pixels) color |= bitmap.BitsPerPixel == 16 ? color >> 5 & 0x070707 : 0;
     RECT all = {0, 0, bitmap.Width, bitmap.Height};
     whole = rects.source.value_or(all);
     clip = rects.sourceClip.value_or(whole);
@@ -119,7 +130,6 @@ struct PaintModel::Source {
     if (destination.top > destination.bottom) std::swap(destination.top, destination.bottom);
     destinationClip = rects.destinationClip.value_or(destination);
     IntersectRect(&destinationClip, &destinationClip, &destination);
-    if (bitmap.BitsPerPixel <= 8) colors_ = colorsOf(bitmap);
   }
 
   // Edges of the seen columns and rows of a destination pixel; rows count from below.
@@ -143,39 +153,18 @@ struct PaintModel::Source {
   }
 
   // Stored value of a seen pixel.
-  [[nodiscard]] uint32_t value(int column, int row) const {
-    int x = column, y = row;
-    Zv_PointToBitmap(&bitmap_, VIEW_UPRIGHT, &x, &y);
-    return stored_.at(x, y);
-  }
+  [[nodiscard]] uint32_t value(int column, int row) const { return values_.at(column, row); }
 
   [[nodiscard]] Color color(int column, int row) const {
-    const uint32_t pixel = value(column, row);
-    if (bitmap_.BitsPerPixel <= 8) {
-      const PALETTEENTRY& entry = colors_.at(pixel);
-      return {entry.peRed, entry.peGreen, entry.peBlue};
-    }
-    int channels[3];  // in memory order
-    if (bitmap_.BitsPerPixel == 16) {
-      const uint32_t word = (pixel >> 8 | pixel << 8) & 0xFFFF;
-      for (int i = 0; i < 3; ++i) {
-        const int five = static_cast<int>(word >> 5 * i & 31);
-        channels[i] = five << 3 | five >> 2;
-      }
-    } else {
-      const int shift = bitmap_.BitsPerPixel - 8;
-      for (int i = 0; i < 3; ++i) channels[i] = static_cast<int>(pixel >> (shift - 8 * i) & 255);
-    }
-    if (bitmap_.ColorOrder == ORDER_BLUE_FIRST) std::swap(channels[0], channels[2]);
-    return {channels[0], channels[1], channels[2]};
+    const uint32_t color = colors_.at(column, row);
+    return {static_cast<int>(color >> 16), static_cast<int>(color >> 8 & 255), static_cast<int>(color & 255)};
   }
 
   RECT whole, clip, seen, destination, destinationClip;
 
  private:
-  BitmapHandle& bitmap_;
-  Picture stored_;
-  std::vector<PALETTEENTRY> colors_;
+  Picture values_;
+  Picture colors_;
 };
 
 void PaintModel::paint(BitmapHandle& bitmap, const PaintRects& rects, int paintMode, int deviceBits) {

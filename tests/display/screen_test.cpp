@@ -1,12 +1,12 @@
 // Painting on the screen that the tests run on, read back from it: 24, 16 and 8 bits.
-#include "display/screen.h"
+#include "support/screen.h"
 
 #include <zavo.h>
 
 #include <gtest/gtest.h>
 
-#include "display/canvas.h"
 #include "display/paint_model.h"
+#include "support/canvas.h"
 
 namespace zavotest {
 namespace {

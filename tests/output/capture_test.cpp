@@ -4,9 +4,9 @@
 #include <climits>
 #include <gtest/gtest.h>
 
-#include "output/seen_picture.h"
 #include "support/platform_watch.h"
 #include "support/refusals.h"
+#include "support/seen_picture.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <iterator>
 
 #include "color/dib_samples.h"
-#include "output/seen_picture.h"
 #include "output/unix_shell.h"
+#include "support/seen_picture.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include <thread>
 
 #include "color/dib_samples.h"
-#include "output/seen_picture.h"
 #include "support/import_patch.h"
 #include "support/platform_watch.h"
 #include "support/refusals.h"
+#include "support/seen_picture.h"
 #include "support/test_bitmap.h"
 
 namespace {

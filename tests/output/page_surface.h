@@ -1,10 +1,7 @@
 // A page in memory that a device context draws on, of any size in pixels.
 #pragma once
 
-#include <zavo.h>
-
-#include "support/import_patch.h"
-#include "support/test_bitmap.h"
+#include "support/canvas.h"
 
 namespace zavotest {
 
@@ -18,29 +15,33 @@ struct PageDevice {
 };
 
 // White at first. While this lives the library's GetDeviceCaps is answered for this device context as `device` says.
-class PageSurface {
+class PageSurface : public Canvas {
  public:
-  explicit PageSurface(const PageDevice& device);
-  PageSurface(const PageSurface&) = delete;
-  PageSurface& operator=(const PageSurface&) = delete;
-  ~PageSurface();
+  explicit PageSurface(const PageDevice& device)
+      : Canvas(device.width, device.height, 0xFFFFFF),
+        caps_({{HORZRES, device.width},
+               {VERTRES, device.height},
+               {BITSPIXEL, device.bits},
+               {PLANES, 1},
+               {NUMCOLORS, device.colors},
+               {TECHNOLOGY, device.technology}},
+              dc()) {}
 
-  [[nodiscard]] HDC dc() const { return dc_; }
-  [[nodiscard]] Picture picture() const;
   // The smallest rectangle that holds all that is not white; empty for a blank page.
-  [[nodiscard]] RECT drawn() const;
-  void clear();
+  [[nodiscard]] RECT drawn() const {
+    const Picture page = picture();
+    RECT part = {};
+    for (LONG y = 0; y < page.height; ++y) {
+      for (LONG x = 0; x < page.width; ++x) {
+        const RECT pixel = {x, y, x + 1, y + 1};
+        if (page.at(x, y) != 0xFFFFFF) UnionRect(&part, &part, &pixel);
+      }
+    }
+    return part;
+  }
 
  private:
-  PageDevice device_;
-  HDC dc_;
-  HBITMAP bitmap_;
-  HGDIOBJ displaced_;
-  uint32_t* pixels_ = nullptr;
-  Replacement<"GetDeviceCaps", decltype(&GetDeviceCaps)> caps_;
+  FakeDevice caps_;
 };
-
-// The smallest rectangle of a picture that holds all that is not white.
-RECT drawnPart(const Picture& picture);
 
 }  // namespace zavotest

@@ -3,10 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include "output/seen_picture.h"
 #include "support/import_patch.h"
 #include "support/platform_watch.h"
 #include "support/refusals.h"
+#include "support/seen_picture.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <gtest/gtest.h>
 
 #include "output/page_surface.h"
-#include "output/seen_picture.h"
 #include "support/progress_log.h"
 #include "support/refusals.h"
+#include "support/seen_picture.h"
 
 namespace {
 

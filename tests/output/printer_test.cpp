@@ -5,8 +5,8 @@
 
 #include "output/page_surface.h"
 #include "output/printed_page.h"
-#include "output/seen_picture.h"
 #include "support/progress_log.h"
+#include "support/seen_picture.h"
 #include "support/snapshot.h"
 
 namespace {

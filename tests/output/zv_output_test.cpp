@@ -5,7 +5,7 @@
 
 #include "examples/zv_fixture.h"
 #include "output/printed_page.h"
-#include "output/seen_picture.h"
+#include "support/seen_picture.h"
 
 namespace {
 

@@ -2,48 +2,15 @@
 #include <string>
 
 #include "region/region_model.h"
+#include "support/canvas.h"
 #include "support/platform_watch.h"
 
 namespace zavotest {
 namespace {
 
 constexpr int canvasSize = 100;
-constexpr uint32_t untouched = 0x336699;
 constexpr uint32_t black = 0;
 constexpr uint32_t white = 0xFFFFFF;
-
-// A memory device context over 32-bit pixels.
-class Canvas {
- public:
-  Canvas() : dc_(CreateCompatibleDC(nullptr)) {
-    BITMAPINFO info = {};
-    info.bmiHeader = {sizeof(BITMAPINFOHEADER), canvasSize, -canvasSize, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    void* bits = nullptr;
-    bitmap_ = CreateDIBSection(dc_, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    pixels_ = static_cast<uint32_t*>(bits);
-    previous_ = SelectObject(dc_, bitmap_);
-    clear();
-  }
-  Canvas(const Canvas&) = delete;
-  Canvas& operator=(const Canvas&) = delete;
-  ~Canvas() {
-    SelectObject(dc_, previous_);
-    DeleteObject(bitmap_);
-    DeleteDC(dc_);
-  }
-  [[nodiscard]] HDC dc() const { return dc_; }
-  void clear() { std::fill_n(pixels_, canvasSize * canvasSize, untouched); }
-  [[nodiscard]] uint32_t at(int x, int y) const {
-    GdiFlush();
-    return pixels_[y * canvasSize + x] & 0xFFFFFF;
-  }
-
- private:
-  HDC dc_;
-  HBITMAP bitmap_;
-  HGDIOBJ previous_;
-  uint32_t* pixels_;
-};
 
 // The outline of a set: the ends of runs, and what is within a pixel of a place, in the same run, that has nothing
 // above or below it.
@@ -65,10 +32,11 @@ uint32_t stripe(unsigned k, int x, int y) {
 
 void expectFrame(const Canvas& canvas, const PointSet& shown, unsigned frameType) {
   const PointSet outline = outlineOf(shown);
+  const Picture picture = canvas.picture();
   for (int y = 0; y < canvasSize; ++y) {
     for (int x = 0; x < canvasSize; ++x) {
       const uint32_t expected = outline.has(x, y) ? stripe(frameType, x, y) : untouched;
-      ASSERT_EQ(canvas.at(x, y), expected) << "type " << frameType << ", pixel " << x << ", " << y;
+      ASSERT_EQ(picture.at(x, y), expected) << "type " << frameType << ", pixel " << x << ", " << y;
     }
   }
 }
@@ -97,7 +65,7 @@ TEST(RegionFrame, DrawsTheOutlineInEightPhases) {
   RegionBitmap bitmap(40, 40);
   setScatteredRegion(bitmap, 11);
   for (unsigned type = 0; type < 8; ++type) {
-    Canvas canvas;
+    Canvas canvas(canvasSize, canvasSize);
     ASSERT_EQ(Zv_FrameBitmapRgn(canvas.dc(), &bitmap, nullptr, type), KSUCCESS);
     expectFrame(canvas, shownOn(bitmap, nullptr), type);
   }
@@ -114,7 +82,7 @@ TEST(RegionFrame, FollowsTheDisplayTransform) {
     const auto& x = scales[random() % 4];
     const auto& y = scales[random() % 4];
     const RegionXForm xform = {shown[index / 4 % 4], x[0], x[1], y[0], y[1], 5, 7};
-    Canvas canvas;
+    Canvas canvas(canvasSize, canvasSize);
     ASSERT_EQ(Zv_FrameBitmapRgn(canvas.dc(), &bitmap, &xform, 3), KSUCCESS);
     expectFrame(canvas, shownOn(bitmap, &xform), 3);
   }
@@ -124,9 +92,9 @@ TEST(RegionFrame, KnownOutlines) {
   RegionBitmap bitmap(40, 40);
   const RECT line = {3, 5, 13, 6};
   ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &line, CombineSet), KSUCCESS);
-  Canvas canvas;
+  Canvas canvas(canvasSize, canvasSize);
   ASSERT_EQ(Zv_FrameBitmapRgn(canvas.dc(), &bitmap, nullptr, 0), KSUCCESS);
-  for (int x = 3; x < 13; ++x) EXPECT_EQ(canvas.at(x, 5), stripe(0, x, 5)) << "the whole of a single row";
+  for (int x = 3; x < 13; ++x) EXPECT_EQ(canvas.picture().at(x, 5), stripe(0, x, 5)) << "the whole of a single row";
 
   const RECT box = {3, 5, 13, 15};
   ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &box, CombineSet), KSUCCESS);
@@ -135,19 +103,19 @@ TEST(RegionFrame, KnownOutlines) {
   for (int y = 5; y < 15; ++y) {
     for (int x = 3; x < 13; ++x) {
       const bool edge = y == 5 || y == 14 || x == 3 || x == 12;
-      EXPECT_EQ(canvas.at(x, y), edge ? stripe(0, x, y) : untouched) << x << ", " << y;
+      EXPECT_EQ(canvas.picture().at(x, y), edge ? stripe(0, x, y) : untouched) << x << ", " << y;
     }
   }
 }
 
 TEST(RegionFrame, LeavesTheDeviceContextAsItWas) {
-  Canvas canvas;
+  Canvas canvas(canvasSize, canvasSize);
   RegionBitmap bitmap(40, 40);
   SetTextColor(canvas.dc(), RGB(1, 2, 3));
   SetBkColor(canvas.dc(), RGB(4, 5, 6));
   HGDIOBJ brush = SelectObject(canvas.dc(), GetStockObject(GRAY_BRUSH));
   ASSERT_EQ(Zv_FrameBitmapRgn(canvas.dc(), &bitmap, nullptr, 0), KSUCCESS);
-  EXPECT_EQ(canvas.at(0, 0), untouched) << "nothing without a region";
+  EXPECT_EQ(canvas.picture().at(0, 0), untouched) << "nothing without a region";
   setScatteredRegion(bitmap, 13);
   ASSERT_EQ(Zv_FrameBitmapRgn(canvas.dc(), &bitmap, nullptr, 5), KSUCCESS);
   expectFrame(canvas, shownOn(bitmap, nullptr), 5);
@@ -164,7 +132,7 @@ TEST(RegionFrame, KeepsTheOutlineUntilSomethingChanges) {
   const auto expectShown = [&](unsigned makes, const char* what) {
     SCOPED_TRACE(what);
     const unsigned before = made.get();
-    Canvas canvas;
+    Canvas canvas(canvasSize, canvasSize);
     ASSERT_EQ(Zv_FrameBitmapRgn(canvas.dc(), &bitmap, &xform, 2), KSUCCESS);
     EXPECT_EQ(made.get() - before, makes);
     expectFrame(canvas, shownOn(bitmap, &xform), 2);
@@ -188,7 +156,7 @@ TEST(RegionFrame, KeepsTheOutlineUntilSomethingChanges) {
 }
 
 TEST(RegionFrame, BadArguments) {
-  Canvas canvas;
+  Canvas canvas(canvasSize, canvasSize);
   RegionBitmap bitmap(40, 40);
   EXPECT_EQ(Zv_FrameBitmapRgn(canvas.dc(), nullptr, nullptr, 0), KERR_BAD_BITMAP);
   EXPECT_EQ(Zv_FrameBitmapRgn(canvas.dc(), &bitmap, nullptr, 8), KERR_BAD_PARAMETER);

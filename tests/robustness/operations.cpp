@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <random>
 
+#include "support/canvas.h"
+
 namespace zavotest {
 namespace {
 
@@ -15,6 +17,12 @@ constexpr RegionXForm turned = {VIEW_TURNED_90, 1, 1, 1, 1, 0, 0};
 int resultOf(HPALETTE palette) {
   if (palette == nullptr) return KERR_NO_MEMORY;
   DeleteObject(palette);
+  return KSUCCESS;
+}
+
+int resultOf(HBITMAP ddb) {
+  if (ddb == nullptr) return KERR_NO_MEMORY;
+  DeleteObject(ddb);
   return KSUCCESS;
 }
 
@@ -123,6 +131,15 @@ int fromDib(Subjects& s) {
   return Zv_ConvertFromDIB(&s.out, &header, rows.data());
 }
 
+int fromDdb(Subjects& s) {
+  HDC screen = GetDC(nullptr);
+  HBITMAP ddb = CreateCompatibleBitmap(screen, 30, 20);
+  const int status = Zv_ConvertFromDDB(screen, &s.out, ddb, nullptr);
+  DeleteObject(ddb);
+  ReleaseDC(nullptr, screen);
+  return status;
+}
+
 // A region keeps what is made of it, so these work on a copy, which ends with the call.
 
 int regionHandle(Subjects& s) {
@@ -160,29 +177,7 @@ int regionFromMask(Subjects& s) {
   return Zv_SetBitmapRgnFromMask(&s.bitmap, &turned, &mask, CombineAndNotRegion);
 }
 
-// What is drawn on: a memory device context with 24 bits, of the test program's own.
-class Canvas {
- public:
-  Canvas() : dc_(CreateCompatibleDC(nullptr)) {
-    const BITMAPINFO info = {{sizeof(BITMAPINFOHEADER), 60, 40, 1, 24, BI_RGB, 0, 0, 0, 0, 0}, {}};
-    void* pixels = nullptr;
-    section_ = CreateDIBSection(dc_, &info, DIB_RGB_COLORS, &pixels, nullptr, 0);
-    displaced_ = SelectObject(dc_, section_);
-  }
-  Canvas(const Canvas&) = delete;
-  Canvas& operator=(const Canvas&) = delete;
-  ~Canvas() {
-    SelectObject(dc_, displaced_);
-    DeleteObject(section_);
-    DeleteDC(dc_);
-  }
-  [[nodiscard]] HDC dc() const { return dc_; }
-
- private:
-  HDC dc_;
-  HBITMAP section_;
-  HGDIOBJ displaced_;
-};
+constexpr RECT paintedPlace = {5, 5, 55, 35};
 
 int playback(Subjects& s) {
   PlaybackHandle made = nullptr;
@@ -193,9 +188,39 @@ int playback(Subjects& s) {
 }
 
 int paint(Subjects& s) {
-  const Canvas canvas;
-  const RECT place = {5, 5, 55, 35};
-  return Zv_PaintDC(canvas.dc(), &s.bitmap, nullptr, nullptr, &place, nullptr, SRCCOPY);
+  const Canvas canvas(60, 40);
+  return Zv_PaintDC(canvas.dc(), &s.bitmap, nullptr, nullptr, &paintedPlace, nullptr, SRCCOPY);
+}
+
+int paintThroughRegion(Subjects& s) {
+  TestBitmap copy;  // its region keeps what is made of it
+  if (const int status = Zv_CopyBitmap(&copy, &s.bitmap); status != KSUCCESS) return status;
+  const Canvas canvas(60, 40);
+  const std::vector<uint32_t> before = canvas.pixels();
+  const int status = Zv_PaintRgnDC(canvas.dc(), &copy, nullptr, nullptr, &paintedPlace, nullptr, SRCCOPY);
+  const bool halfDone = status != KSUCCESS && canvas.pixels() != before;
+  return halfDone ? int{KERR_BAD_PARAMETER} : status;
+}
+
+int paintRows(Subjects& s) {
+  const Canvas canvas(60, 40);
+  const std::vector<uint8_t> rows(s.bitmap.BytesPerLine * 11, 0x5A);
+  std::vector<uint8_t> records(11 * (37 * 2 + 8));
+  const bool asRuns = s.bitmap.BitsPerPixel == 1;
+  if (asRuns) Zv_CompressRows(records.data(), rows.data(), 37, 11);
+  return Zv_PaintDCBuffer(canvas.dc(), &s.bitmap, nullptr, nullptr, &paintedPlace, nullptr, SRCCOPY,
+                          asRuns ? records.data() : rows.data(), 0, asRuns ? -11 : 11);
+}
+
+template <unsigned displayMode, int deviceBits, int perspective>
+int paintOn(Subjects& s) {
+  TestBitmap copy;
+  if (const int status = Zv_CopyBitmap(&copy, &s.bitmap); status != KSUCCESS) return status;
+  copy.ViewPerspective = perspective;
+  const PaintSettings settings(displayMode);
+  const FakeDevice device(deviceBits);
+  const Canvas canvas(60, 40);
+  return Zv_PaintDC(canvas.dc(), &copy, nullptr, nullptr, &paintedPlace, nullptr, SRCCOPY);
 }
 
 int alphaInAndOut(Subjects& s) {
@@ -266,6 +291,10 @@ const Operation table[] = {
     {"reduced copy", [](Subjects& s) { return Zv_ColorResBitmap(&s.bitmap, &s.out, 0, 0, nullptr, 0); }},
     {"to DIB", [](Subjects& s) { return resultOf(Zv_ConvertToDIB(&s.bitmap)); }},
     {"from DIB", fromDib, {"GetDC"}},
+    {"to DDB",
+     [](Subjects& s) { return resultOf(Zv_ConvertToDDB(nullptr, &s.bitmap)); },
+     {"CreatePalette", "GlobalAlloc"}},  // the picture comes out without its paint palette
+    {"from DDB", fromDdb, {"GetDC"}},    // which is asked for the resolution alone
     {"put pixel", [](Subjects& s) { return Zv_PutPixelColor(&s.bitmap, 5, 15, RGB(200, 100, 50)); }},
 
     {"rectangle", [](Subjects& s) { return Zv_SetBitmapRgnRect(&s.bitmap, nullptr, &shape, CombineSetNot); }},
@@ -313,6 +342,12 @@ const Operation table[] = {
      {"CreatePalette", "GlobalAlloc"}},
     {"paint", paint},
     {"playback", playback},
+    {"paint through a region", paintThroughRegion},
+    {"paint rows", paintRows},
+    {"paint turned", paintOn<0, 24, VIEW_TURNED_90>},
+    {"paint dithered", paintOn<PAINT_DITHER, 8, VIEW_TURNED_270>},
+    {"paint in black and white", paintOn<PAINT_DITHER | PAINT_ORDERED_DITHER, 1, VIEW_UPRIGHT>},
+    {"paint in grey", paintOn<PAINT_GRAY_1BIT, 24, VIEW_TURNED_90>},
 };
 
 }  // namespace

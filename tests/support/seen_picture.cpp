@@ -1,4 +1,4 @@
-#include "output/seen_picture.h"
+#include "support/seen_picture.h"
 
 #include <algorithm>
 #include <array>
@@ -6,37 +6,19 @@
 namespace zavotest {
 namespace {
 
-struct Place {
-  int column;
-  int row;
-};
-
-// Where the pixel seen at x, y is stored, in an image of that stored size.
-Place storedPlace(int perspective, int width, int height, int x, int y) {
-  switch (perspective) {
-    case VIEW_BOTTOM_UP:
-      return {x, height - 1 - y};
-    case VIEW_TURNED_90:
-      return {y, height - 1 - x};
-    case VIEW_TURNED_270:
-      return {width - 1 - y, x};
-    default:
-      return {x, y};
-  }
-}
-
 bool isTurned(int perspective) {
   return perspective == VIEW_TURNED_90 || perspective == VIEW_TURNED_270;
 }
 
 template <typename PixelAt>
-Picture upright(const BitmapHandle& bitmap, PixelAt pixelAt) {
+Picture upright(BitmapHandle& bitmap, PixelAt pixelAt) {
   const bool turned = isTurned(bitmap.ViewPerspective);
   Picture seen(turned ? bitmap.Height : bitmap.Width, turned ? bitmap.Width : bitmap.Height);
   for (int y = 0; y < seen.height; ++y) {
     for (int x = 0; x < seen.width; ++x) {
-      const Place place = storedPlace(bitmap.ViewPerspective, bitmap.Width, bitmap.Height, x, y);
-      seen.at(x, y) = pixelAt(place.column, place.row);
+      int column = x, row = y;
+      Zv_PointToBitmap(&bitmap, VIEW_UPRIGHT, &column, &row);
+      seen.at(x, y) = pixelAt(column, row);
     }
   }
   return seen;
@@ -48,11 +30,15 @@ uint32_t swappedEnds(uint32_t bgr) {
 
 }  // namespace
 
-Picture seenOf(BitmapHandle& bitmap) {
+Picture seenValuesOf(BitmapHandle& bitmap) {
   const Picture stored = pictureOf(bitmap);
+  return upright(bitmap, [&](int column, int row) { return stored.at(column, row); });
+}
+
+Picture seenOf(BitmapHandle& bitmap) {
   const std::vector<PALETTEENTRY> palette = colorsOf(bitmap);
-  return upright(bitmap, [&](int column, int row) -> uint32_t {
-    const uint32_t pixel = stored.at(column, row);
+  Picture seen = seenValuesOf(bitmap);
+  const auto colorOf = [&](uint32_t pixel) -> uint32_t {
     if (bitmap.BitsPerPixel <= 8) {
       if (pixel >= palette.size()) return 0xFF000000;
       const PALETTEENTRY& entry = palette[pixel];
@@ -66,10 +52,12 @@ Picture seenOf(BitmapHandle& bitmap) {
     }
     const uint32_t color = bitmap.BitsPerPixel == 32 ? pixel >> 8 : pixel;  // the fourth byte is no colour
     return blueFirst ? swappedEnds(color) : color;
-  });
+  };
+  for (uint32_t& pixel : seen.pixels) pixel = colorOf(pixel);
+  return seen;
 }
 
-Picture seenRegionOf(const BitmapHandle& bitmap) {
+Picture seenRegionOf(BitmapHandle& bitmap) {
   return upright(bitmap, [&](int column, int row) {
     return static_cast<uint32_t>(Zv_IsPtInBitmapRgn(&bitmap, row, column) == 1);
   });
@@ -92,12 +80,13 @@ void makeSeen(BitmapHandle& bitmap, const Picture& colors, int bits, int perspec
   for (int y = 0; y < colors.height; ++y) {
     for (int x = 0; x < colors.width; ++x) {
       const uint32_t color = colors.at(x, y);
-      const Place place = storedPlace(perspective, width, height, x, y);
       COLORREF value = swappedEnds(color);
       if (bits <= 8) {
         value = 0x01000000 | static_cast<COLORREF>(std::find(found.begin(), found.end(), color) - found.begin());
       }
-      Zv_PutPixelColor(&bitmap, place.row, place.column, value);
+      int column = x, row = y;
+      Zv_PointToBitmap(&bitmap, VIEW_UPRIGHT, &column, &row);
+      Zv_PutPixelColor(&bitmap, row, column, value);
     }
   }
   Zv_UnlockBitmap(&bitmap, wasLocked);

@@ -1,4 +1,4 @@
-// Devices for painting tests: a memory surface whose pixels can be read, and devices of depths that no screen has.
+// Devices to paint on: a memory surface whose pixels can be read, and devices of depths that no screen has.
 #pragma once
 
 #include <zavo.h>
@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <map>
 #include <vector>
 
 #include "support/import_patch.h"
+#include "support/test_bitmap.h"
 
 namespace zavotest {
 
@@ -17,7 +19,8 @@ constexpr uint32_t untouched = 0x123456;  // what a canvas is filled with
 // A memory device context over 32-bit pixels.
 class Canvas {
  public:
-  Canvas(int width, int height) : width_(width), height_(height), dc_(CreateCompatibleDC(nullptr)) {
+  Canvas(int width, int height, uint32_t background = untouched)
+      : width_(width), height_(height), background_(background), dc_(CreateCompatibleDC(nullptr)) {
     BITMAPINFO info = {};
     info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
     bitmap_ = CreateDIBSection(dc_, &info, DIB_RGB_COLORS, reinterpret_cast<void**>(&bits_), nullptr, 0);
@@ -32,7 +35,10 @@ class Canvas {
     DeleteDC(dc_);
   }
 
-  void clear() { std::fill_n(bits_, count(), untouched); }
+  void clear() {
+    GdiFlush();
+    std::fill_n(bits_, count(), background_);
+  }
   [[nodiscard]] HDC dc() const { return dc_; }
   [[nodiscard]] int width() const { return width_; }
   [[nodiscard]] int height() const { return height_; }
@@ -43,12 +49,18 @@ class Canvas {
     for (uint32_t& pixel : result) pixel &= 0xFFFFFF;
     return result;
   }
+  [[nodiscard]] Picture picture() const {
+    Picture result(width_, height_);
+    result.pixels = pixels();
+    return result;
+  }
 
  private:
   [[nodiscard]] size_t count() const { return static_cast<size_t>(width_) * static_cast<size_t>(height_); }
 
   int width_;
   int height_;
+  uint32_t background_;
   HDC dc_;
   HBITMAP bitmap_;
   HGDIOBJ displaced_;
@@ -65,15 +77,17 @@ inline testing::AssertionResult shows(const Canvas& canvas, const std::vector<ui
                                      << index % canvas.width() << ", " << index / canvas.width();
 }
 
-// While it lives, the library takes every device for one of so many bits and of this technology.
+// While it lives, the library's GetDeviceCaps has these answers, for every device or for one device context.
 class FakeDevice {
  public:
-  explicit FakeDevice(int bits, int planes = 1, int technology = DT_RASDISPLAY)
+  explicit FakeDevice(const std::map<int, int>& answers, HDC only = nullptr)
       : caps_([=, this](HDC dc, int index) {
-          if (index == BITSPIXEL) return bits;
-          if (index == PLANES) return planes;
-          return index == TECHNOLOGY ? technology : caps_.original(dc, index);
+          const auto answer = answers.find(index);
+          const bool meant = answer != answers.end() && (only == nullptr || dc == only);
+          return meant ? answer->second : caps_.original(dc, index);
         }) {}
+  explicit FakeDevice(int bits, int planes = 1, int technology = DT_RASDISPLAY)
+      : FakeDevice({{BITSPIXEL, bits}, {PLANES, planes}, {TECHNOLOGY, technology}}) {}
 
  private:
   Replacement<"GetDeviceCaps", decltype(&GetDeviceCaps)> caps_;
