@@ -1,54 +1,48 @@
-// The nearest-colour search and the match table against a plain model.
+// The nearest-colour search and all that rests on it against a plain model.
 #include <zavo.h>
 
 #include <gtest/gtest.h>
 #include <random>
-#include <vector>
+
+#include "color/colors.h"
 
 namespace {
 
-RGBQUAD quad(unsigned red, unsigned green, unsigned blue) {
-  return {static_cast<BYTE>(blue), static_cast<BYTE>(green), static_cast<BYTE>(red), 0};
-}
+using namespace zavotest;
 
-int orderOf(int red, int green, int blue) {
+int orderOf(const Color& c) {
   int order = 0;
-  if (blue > red) order += 4;
-  if (green < red && green < blue) order += 2;
-  if (green > red && green > blue) order += 1;
+  if (c.blue > c.red) order += 4;
+  if (c.green < c.red && c.green < c.blue) order += 2;
+  if (c.green > c.red && c.green > c.blue) order += 1;
   return order;
 }
 
-unsigned modelSearch(const std::vector<RGBQUAD>& palette, int red, int green, int blue) {
+unsigned distance(const Color& a, const Color& b) {
+  return (a.red - b.red) * (a.red - b.red) + (a.green - b.green) * (a.green - b.green) +
+         (a.blue - b.blue) * (a.blue - b.blue);
+}
+
+unsigned modelSearch(const Palette& palette, const Color& wanted) {
   if (palette.empty()) return 0xFFFFFFFF;
-  const auto holds = [&](size_t i, int level) {
-    return palette[i].rgbRed == level && palette[i].rgbGreen == level && palette[i].rgbBlue == level;
-  };
-  const size_t last = palette.size() - 1;
-  if (red == 0 && green == 0 && blue == 0) {
-    if (holds(0, 0)) return 0;
-    if (holds(last, 0)) return static_cast<unsigned>(last);
+  const auto last = static_cast<unsigned>(palette.size()) - 1;
+  const bool first = colorOf(palette[0]) == wanted, atEnd = colorOf(palette[last]) == wanted;
+  if (wanted == Color{0, 0, 0} && (first || atEnd)) return first ? 0 : last;
+  if (wanted == Color{255, 255, 255} && (first || atEnd)) return atEnd ? last : 0;
+  unsigned best = 0, least = distance(colorOf(palette[0]), wanted);
+  for (unsigned i = 1; i <= last; ++i) {
+    const unsigned here = distance(colorOf(palette[i]), wanted);
+    const bool sameOrder = here != 0 && here == least && orderOf(colorOf(palette[i])) == orderOf(wanted);
+    if (here < least || sameOrder) best = i, least = here;
   }
-  if (red == 255 && green == 255 && blue == 255) {
-    if (holds(last, 255)) return static_cast<unsigned>(last);
-    if (holds(0, 255)) return 0;
-  }
-  int best = -1, bestDistance = 0;
-  for (size_t i = 0; i < palette.size() && (best < 0 || bestDistance != 0); ++i) {
-    const int r = palette[i].rgbRed, g = palette[i].rgbGreen, b = palette[i].rgbBlue;
-    const int distance = (red - r) * (red - r) + (green - g) * (green - g) + (blue - b) * (blue - b);
-    const bool better = best < 0 || distance < bestDistance ||
-                        (distance == bestDistance && orderOf(r, g, b) == orderOf(red, green, blue));
-    if (better) best = static_cast<int>(i), bestDistance = distance;
-  }
-  return static_cast<unsigned>(best);
+  return best;
 }
 
 TEST(FindPaletteIndex, EndsTiesAndEmptyPalettes) {
   const RGBQUAD black = quad(0, 0, 0), white = quad(255, 255, 255), gray = quad(128, 128, 128);
   const struct {
     const char* what;
-    std::vector<RGBQUAD> palette;
+    Palette palette;
     unsigned red, green, blue, index;
   } cases[] = {
       {"black at both ends", {black, gray, black}, 0, 0, 0, 0},
@@ -59,8 +53,6 @@ TEST(FindPaletteIndex, EndsTiesAndEmptyPalettes) {
       {"exact match stops at the first", {gray, quad(5, 6, 7), quad(5, 6, 7)}, 5, 6, 7, 1},
       {"equal distance, later entry of the same class", {quad(90, 100, 100), quad(110, 100, 90)}, 100, 100, 95, 1},
       {"equal distance, later entry of another class", {quad(110, 100, 100), quad(90, 100, 100)}, 100, 100, 100, 0},
-      {"equal distance, green highest", {quad(60, 50, 50), quad(50, 60, 50)}, 55, 60, 55, 1},
-      {"equal distance, green lowest", {quad(50, 50, 60), quad(60, 40, 50)}, 55, 45, 55, 1},
       {"high bits are ignored", {black, quad(5, 6, 7)}, 0x105, 0xF06, 0x80000007, 1},
       {"empty", {}, 0, 0, 0, 0xFFFFFFFF},
   };
@@ -71,63 +63,66 @@ TEST(FindPaletteIndex, EndsTiesAndEmptyPalettes) {
   EXPECT_EQ(Zv_FindPaletteIndex(nullptr, 0, 1, 2, 3), 0xFFFFFFFF);
 }
 
+// The search itself, and those of colour reduction, row conversion and match tables.
 TEST(FindPaletteIndex, AgreesWithTheModel) {
+  TestBitmap source(100, 1, 24);
   for (unsigned seed = 0; seed < 400; ++seed) {
     SCOPED_TRACE(seed);
     std::mt19937 random(seed);
     // A coarse grid of channel values makes equal entries and equal distances common.
     const unsigned step = 1u << random() % 7;
     const auto channel = [&] { return std::min(255u, random() % 256 / step * step); };
-    std::vector<RGBQUAD> palette(1 + random() % 300);
-    for (RGBQUAD& entry : palette) {
-      entry = quad(channel(), channel(), channel());
-      entry.rgbReserved = static_cast<BYTE>(random());
-    }
-    for (int i = 0; i < 50; ++i) {
+    Palette palette(seed % 3 == 0 ? 256 : 1 + random() % 300);
+    for (RGBQUAD& entry : palette) entry = quad(channel(), channel(), channel(), random());
+    if (seed % 5 == 0) palette.front() = palette.back() = seed % 2 == 0 ? quad(0, 0, 0) : quad(255, 255, 255);
+    std::vector<unsigned> expected;
+    std::vector<uint8_t> row(300);
+    for (size_t i = 0; i < 100; ++i) {
       const unsigned offset = random() % 3 * step / 2;
-      unsigned red = std::min(255u, channel() + offset), green = std::min(255u, channel() + offset), blue = channel();
-      if (i == 0) red = green = blue = 0;
-      if (i == 1) red = green = blue = 255;
-      ASSERT_EQ(Zv_FindPaletteIndex(palette.data(), static_cast<unsigned>(palette.size()), red, green, blue),
-                modelSearch(palette, static_cast<int>(red), static_cast<int>(green), static_cast<int>(blue)))
-          << red << " " << green << " " << blue;
+      Color c = {std::min(255u, channel() + offset), std::min(255u, channel() + offset), channel()};
+      if (i < 2) c = i == 0 ? Color{0, 0, 0} : Color{255, 255, 255};
+      expected.push_back(modelSearch(palette, c));
+      writePixel(row.data(), i, 24, c.blue << 16 | c.green << 8 | c.red);
+      const auto count = static_cast<unsigned>(palette.size());
+      ASSERT_EQ(Zv_FindPaletteIndex(palette.data(), count, c.red, c.green, c.blue), expected[i]) << "pixel " << i;
     }
+    if (palette.size() > 256) continue;
+    Zv_PutBitmapRow(&source, row.data(), 0, 300);
+    TestBitmap reduced;
+    ASSERT_EQ(Zv_ColorResBitmap(&source, &reduced, 8, COLORRES_GIVEN_PALETTE | COLORRES_NEAREST, palette.data(),
+                                static_cast<unsigned>(palette.size())),
+              KSUCCESS);
+    ASSERT_EQ(pictureOf(reduced).pixels, expected);
+    if (palette.size() < 256) continue;
+    ASSERT_EQ(Zv_ConvertBuffer(row.data(), 100, 24, 8, ORDER_BLUE_FIRST, 0, nullptr, palette.data()), KSUCCESS);
+    ASSERT_TRUE(std::equal(expected.begin(), expected.end(), row.begin()));
   }
 }
 
-TEST(UserMatchTable, HoldsTheSearchOfEveryKey) {
+DWORD WINAPI exchangesTable(void* table) {
+  return Zv_SetUserMatchTable(static_cast<unsigned*>(table)) != nullptr ? 1 : 0;
+}
+
+TEST(UserMatchTable, HoldsTheSearchOfEveryKeyAndBelongsToTheThread) {
   const RGBQUAD* palette = Zv_IntGetFixedPalette(4);
-  unsigned* table = Zv_CreateUserMatchTable(palette, 16);
-  ASSERT_NE(table, nullptr);
-  for (unsigned key = 0; key < 32768; ++key) {
-    ASSERT_EQ(table[key], 1 + Zv_FindPaletteIndex(palette, 16, (key >> 10) * 8, (key >> 5 & 31) * 8, (key & 31) * 8));
+  for (const unsigned count : {16u, 0u}) {
+    unsigned* table = Zv_CreateUserMatchTable(palette, count);
+    ASSERT_NE(table, nullptr);
+    for (unsigned key = 0; key < 32768; ++key) {
+      const unsigned found = Zv_FindPaletteIndex(palette, count, (key >> 10) * 8, (key >> 5 & 31) * 8, (key & 31) * 8);
+      ASSERT_EQ(table[key], found + 1);
+    }
+    EXPECT_EQ(Zv_SetUserMatchTable(table), nullptr);
+    HANDLE thread = CreateThread(nullptr, 0, exchangesTable, table + 1, 0, nullptr);
+    WaitForSingleObject(thread, INFINITE);
+    DWORD otherHadOne = 1;
+    EXPECT_TRUE(GetExitCodeThread(thread, &otherHadOne));
+    EXPECT_EQ(otherHadOne, 0u);
+    CloseHandle(thread);
+    EXPECT_EQ(Zv_SetUserMatchTable(nullptr), table);
+    EXPECT_EQ(Zv_FreeUserMatchTable(table), 1);
   }
-  EXPECT_EQ(Zv_FreeUserMatchTable(table), 1);
   EXPECT_EQ(Zv_FreeUserMatchTable(nullptr), 1);
-
-  unsigned* empty = Zv_CreateUserMatchTable(nullptr, 0);
-  ASSERT_NE(empty, nullptr);
-  EXPECT_EQ(empty[0], 0u);
-  EXPECT_EQ(empty[32767], 0u);
-  Zv_FreeUserMatchTable(empty);
-}
-
-DWORD WINAPI tableOfThread(void* found) {
-  *static_cast<unsigned**>(found) = Zv_SetUserMatchTable(nullptr);
-  return 0;
-}
-
-TEST(UserMatchTable, BelongsToTheThread) {
-  unsigned first[1], second[1];
-  EXPECT_EQ(Zv_SetUserMatchTable(first), nullptr);
-  EXPECT_EQ(Zv_SetUserMatchTable(second), first);
-  unsigned* found = first;
-  HANDLE thread = CreateThread(nullptr, 0, tableOfThread, &found, 0, nullptr);
-  ASSERT_NE(thread, nullptr);
-  WaitForSingleObject(thread, INFINITE);
-  CloseHandle(thread);
-  EXPECT_EQ(found, nullptr);
-  EXPECT_EQ(Zv_SetUserMatchTable(nullptr), second);
 }
 
 }  // namespace

@@ -134,7 +134,7 @@ TEST(OptimisedPalette, AgreesWithTheModel) {
     const auto colors = colorsOf(source);
     model.add(colors);
     model.split(count == 0 ? 1u << bits : count);
-    expectPalette(model, paletteOf(result));
+    expectPalette(model, entriesOf(result.Palette));
 
     // Every colour goes to the entry of its box; boxes of one mean are told apart by nothing but their colours.
     std::map<unsigned, Color> entryOf;
@@ -156,7 +156,7 @@ TEST(OptimisedPalette, FewColorsEachGetAnEntry) {
   ASSERT_EQ(optimise(source, result, 4, 0), KSUCCESS);
   Palette expected(16);
   expected[1] = {8, 0, 0, 0}, expected[2] = {0, 8, 0, 0}, expected[3] = {0, 0, 8, 0};
-  const Palette palette = paletteOf(result);
+  const Palette palette = entriesOf(result.Palette);
   for (size_t i = 0; i < 16; ++i) EXPECT_EQ(colorOf(palette[i]), colorOf(expected[i])) << i;
 }
 
@@ -175,7 +175,7 @@ TEST(OptimisedPalette, HalvesLargeCounts) {
   Model model;
   model.add(colorsOf(source));
   model.split(64);
-  expectPalette(model, paletteOf(result));
+  expectPalette(model, entriesOf(result.Palette));
 }
 
 TEST(OptimisedPalette, SmallPalettesAreKeptSorted) {
@@ -188,9 +188,9 @@ TEST(OptimisedPalette, SmallPalettesAreKeptSorted) {
     TestBitmap result;
     ASSERT_EQ(optimise(source, result, 8, count), KSUCCESS);
     std::vector<Color> expected;
-    for (const RGBQUAD& entry : paletteOf(source)) expected.push_back(colorOf(entry));
+    for (const RGBQUAD& entry : entriesOf(source.Palette)) expected.push_back(colorOf(entry));
     std::sort(expected.begin(), expected.end());
-    const Palette palette = paletteOf(result);
+    const Palette palette = entriesOf(result.Palette);
     for (size_t i = 0; i < 256; ++i) EXPECT_EQ(colorOf(palette[i]), i < 16 ? expected[i] : Color{}) << i;
     EXPECT_EQ(colorsOf(result), colorsOf(source));
   }

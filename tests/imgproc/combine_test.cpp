@@ -55,15 +55,15 @@ uint32_t combinedBytes(unsigned operation, uint32_t source, uint32_t destination
 uint32_t combinedPixel(unsigned operation, uint32_t source, const Format& sourceFormat, uint32_t destination,
                        const Format& format) {
   if (!isArithmetic(operation)) {
-    const uint32_t result = combinedBytes(operation, converted(source, sourceFormat, format), destination, 4);
+    const uint32_t result = combinedBytes(operation, convertedPixel(source, sourceFormat, format), destination, 4);
     return format.depth == 32 ? result : result & ((1u << format.depth) - 1);
   }
   // Arithmetic is on levels of 8 bits, and colours keep their alpha.
-  const Format levels = {format.depth == 8 ? 0 : std::max(format.depth, 24), format.order, {}};
+  const Format levels = {format.depth == 8 ? 0 : std::max(format.depth, 24), format.order};
   const uint32_t result =
-      combinedBytes(operation, converted(source, sourceFormat, levels), converted(destination, format, levels),
-                    levels.depth == 0 ? 1 : levels.depth / 8);
-  const uint32_t pixel = converted(result, levels, format);
+      combinedBytes(operation, convertedPixel(source, sourceFormat, levels),
+                    convertedPixel(destination, format, levels), levels.depth == 0 ? 1 : levels.depth / 8);
+  const uint32_t pixel = convertedPixel(result, levels, format);
   const uint32_t alpha = format.depth == 32 ? 0xFF : format.depth == 16 ? 0x80 : 0;
   return (pixel & ~alpha) | (destination & alpha);
 }

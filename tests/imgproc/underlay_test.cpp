@@ -56,7 +56,7 @@ Picture model(BitmapHandle& bitmap, BitmapHandle& underlay, unsigned flags) {
     for (int x = 0; x < result.width; ++x) {
       const POINT place = placeUnder(bitmap, underlay, flags, x, y);
       const bool inside = !Zv_BitmapHasRgn(&bitmap) || Zv_IsPtInBitmapRgn(&bitmap, y, x) == 1;
-      const uint32_t pixel = converted(under.at(place.x, place.y), underFormat, format);
+      const uint32_t pixel = convertedPixel(under.at(place.x, place.y), underFormat, format);
       result.at(x, y) = seenPixel(result.at(x, y), pixel, format.depth, inside);
     }
   }
