@@ -92,7 +92,8 @@ int resizeRows(Subjects&) {
 }
 
 int dither(Subjects& s) {
-  const int status = Zv_StartDithering(&s.bitmap, nullptr, 256);
+  const std::vector<RGBQUAD> blacks(200);  // none of the palettes that need no table
+  const int status = Zv_StartDithering(&s.bitmap, blacks.data(), 200);
   if (status == KSUCCESS) Zv_StopDithering(&s.bitmap);
   return status;
 }
@@ -125,10 +126,29 @@ int listOfCopies(Subjects& s) {
   return status;
 }
 
+constexpr struct {
+  BITMAPINFOHEADER header;
+  RGBQUAD colors[2];
+  uint8_t rows[12];
+} packedDib = {{sizeof(BITMAPINFOHEADER), 5, 3, 1, 1, BI_RGB, 0, 0, 0, 0, 0}, {}, {}};
+
 int fromDib(Subjects& s) {
-  const BITMAPINFO header = {{sizeof(BITMAPINFOHEADER), 5, 3, 1, 24, BI_RGB, 0, 0, 0, 0, 0}, {}};
-  const std::vector<uint8_t> rows(48, 0x77);
-  return Zv_ConvertFromDIB(&s.out, &header, rows.data());
+  return Zv_ConvertFromDIB(&s.out, reinterpret_cast<const BITMAPINFO*>(&packedDib), packedDib.rows);
+}
+
+int changedFromDib(Subjects& s) {
+  HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, sizeof packedDib);
+  memcpy(GlobalLock(memory), &packedDib, sizeof packedDib);
+  GlobalUnlock(memory);
+  const int status = Zv_ChangeFromDIB(&s.out, memory);
+  if (status != KSUCCESS) GlobalFree(memory);
+  return status;
+}
+
+int turnedToDib(Subjects& s) {
+  BitmapHandle turned = s.bitmap;
+  turned.ViewPerspective = VIEW_TURNED_90;
+  return resultOf(Zv_ConvertToDIB(&turned));
 }
 
 int fromDdb(Subjects& s) {
@@ -290,7 +310,10 @@ const Operation table[] = {
     {"widen to 24 bits", [](Subjects& s) { return reduce(s, 24, COLORRES_BLUE_FIRST); }},
     {"reduced copy", [](Subjects& s) { return Zv_ColorResBitmap(&s.bitmap, &s.out, 0, 0, nullptr, 0); }},
     {"to DIB", [](Subjects& s) { return resultOf(Zv_ConvertToDIB(&s.bitmap)); }},
+    {"turned to DIB", turnedToDib},
+    {"changed to DIB", [](Subjects& s) { return resultOf(Zv_ChangeToDIB(&s.bitmap)); }},
     {"from DIB", fromDib, {"GetDC"}},
+    {"changed from DIB", changedFromDib, {"GetDC"}},
     {"to DDB",
      [](Subjects& s) { return resultOf(Zv_ConvertToDDB(nullptr, &s.bitmap)); },
      {"CreatePalette", "GlobalAlloc"}},  // the picture comes out without its paint palette
