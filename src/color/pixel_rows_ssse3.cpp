@@ -160,6 +160,29 @@ template <typename Source, typename Destination, bool swap>
   plainPixelRows.find(PixelSize::bits16, PixelSize::bits16, true)(destination + 2 * x, source + 2 * x, width - x);
 }
 
+// Nor does exchanging the ends of 24-bit pixels, whose outer bytes at times lie in the neighbouring register.
+[[gnu::target("ssse3")]] void swapRow24(uint8_t* destination, const uint8_t* source, unsigned width) {
+  const __m128i ownOfFirst = _mm_setr_epi8(2, 1, 0, 5, 4, 3, 8, 7, 6, 11, 10, 9, 14, 13, 12, -1);
+  const __m128i secondToFirst = _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 1);
+  const __m128i ownOfSecond = _mm_setr_epi8(0, -1, 4, 3, 2, 7, 6, 5, 10, 9, 8, 13, 12, 11, -1, 15);
+  const __m128i firstToSecond = _mm_setr_epi8(-1, 15, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+  const __m128i thirdToSecond = _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 0, -1);
+  const __m128i ownOfThird = _mm_setr_epi8(-1, 3, 2, 1, 6, 5, 4, 9, 8, 7, 12, 11, 10, 15, 14, 13);
+  const __m128i secondToThird = _mm_setr_epi8(14, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+  unsigned x = 0;
+  for (; x + blockPixels <= width; x += blockPixels) {
+    const __m128i a = loadRegister(source + 3 * x), b = loadRegister(source + 3 * x + 16);
+    const __m128i c = loadRegister(source + 3 * x + 32);
+    const __m128i second = _mm_or_si128(_mm_shuffle_epi8(a, firstToSecond), _mm_shuffle_epi8(c, thirdToSecond));
+    storeRegister(destination + 3 * x,
+                  _mm_or_si128(_mm_shuffle_epi8(a, ownOfFirst), _mm_shuffle_epi8(b, secondToFirst)));
+    storeRegister(destination + 3 * x + 16, _mm_or_si128(_mm_shuffle_epi8(b, ownOfSecond), second));
+    storeRegister(destination + 3 * x + 32,
+                  _mm_or_si128(_mm_shuffle_epi8(c, ownOfThird), _mm_shuffle_epi8(b, secondToThird)));
+  }
+  plainPixelRows.find(PixelSize::bits24, PixelSize::bits24, true)(destination + 3 * x, source + 3 * x, width - x);
+}
+
 template <typename Source, typename Destination>
 constexpr PixelRowFunction swapped = convertRow<Source, Destination, true>;
 template <typename Source, typename Destination>
@@ -178,7 +201,7 @@ constexpr PixelRowTable ssse3PixelRows = {{
      {straight<Bits16, Bits32>, swapped<Bits16, Bits32>}},
     {{straight<Bits24, Gray>, swapped<Bits24, Gray>},
      {straight<Bits24, Bits16>, swapped<Bits24, Bits16>},
-     {nullptr, swapped<Bits24, Bits24>},
+     {nullptr, swapRow24},
      {straight<Bits24, Bits32>, swapped<Bits24, Bits32>}},
     {{straight<Bits32, Gray>, swapped<Bits32, Gray>},
      {straight<Bits32, Bits16>, swapped<Bits32, Bits16>},

@@ -1,5 +1,5 @@
-// Row mirroring with the byte shuffle: blocks of 16 bytes (24 bits: 15 of them, five pixels) are exchanged from both
-// ends, each reversed in a register; what is left in the middle is too short for a pair and goes through memory.
+// Row mirroring with the byte shuffle: blocks of 16 bytes (24 bits: 48) are exchanged from both ends, each reversed in
+// registers; what is left in the middle is too short for a pair and goes to the plain function.
 #include <tmmintrin.h>
 
 #include "core/packed_pixels.h"
@@ -77,25 +77,43 @@ template <typename Unit, int bitsPerPixel>
   if (const unsigned unused = bytes * 8 - width; unused != 0) shiftBitsLeft(row, bytes, unused);
 }
 
-// Five pixels are 15 bytes. The sixteenth byte of a block belongs to a neighbouring pixel: at the low end it is
-// rewritten by the next block, at the high end it comes before the block and is kept by loading it along.
+// Sixteen pixels of 24 bits: the fewest that fill whole registers. Pixels straddle registers, so every reversed
+// register is put together from two or three.
+struct TripleBlock {
+  __m128i first, second, third;
+};
+
+[[gnu::target("ssse3")]] TripleBlock loadTriples(const uint8_t* from) {
+  return {load(from), load(from + 16), load(from + 32)};
+}
+
+[[gnu::target("ssse3")]] void storeReversedTriples(uint8_t* to, const TripleBlock& block) {
+  const __m128i thirdToFirst = _mm_setr_epi8(13, 14, 15, 10, 11, 12, 7, 8, 9, 4, 5, 6, 1, 2, 3, -1);
+  const __m128i secondToFirst = _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 14);
+  const __m128i thirdToSecond = _mm_setr_epi8(-1, 0, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+  const __m128i secondToSecond = _mm_setr_epi8(15, -1, 11, 12, 13, 8, 9, 10, 5, 6, 7, 2, 3, 4, -1, 0);
+  const __m128i firstToSecond = _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 15, -1);
+  const __m128i secondToThird = _mm_setr_epi8(1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+  const __m128i firstToThird = _mm_setr_epi8(-1, 12, 13, 14, 9, 10, 11, 6, 7, 8, 3, 4, 5, 0, 1, 2);
+  store(to, _mm_or_si128(_mm_shuffle_epi8(block.third, thirdToFirst), _mm_shuffle_epi8(block.second, secondToFirst)));
+  store(to + 16, _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(block.third, thirdToSecond),
+                                           _mm_shuffle_epi8(block.second, secondToSecond)),
+                              _mm_shuffle_epi8(block.first, firstToSecond)));
+  store(to + 32,
+        _mm_or_si128(_mm_shuffle_epi8(block.second, secondToThird), _mm_shuffle_epi8(block.first, firstToThird)));
+}
+
 [[gnu::target("ssse3")]] void mirrorTriples(uint8_t* row, unsigned width) {
-  const __m128i lowOrder = _mm_setr_epi8(13, 14, 15, 10, 11, 12, 7, 8, 9, 4, 5, 6, 1, 2, 3, 0);
-  const __m128i highOrder = _mm_setr_epi8(15, 12, 13, 14, 9, 10, 11, 6, 7, 8, 3, 4, 5, 0, 1, 2);
-  const __m128i firstByte = _mm_setr_epi8(-1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
-  const __m128i lastByte = _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -1);
+  constexpr unsigned step = sizeof(TripleBlock);
   const unsigned bytes = width * 3;
   unsigned done = 0;
-  while (bytes - 2 * done >= 2 * 16) {
-    uint8_t* low = row + done;                // pixels in bytes 0 to 14
-    uint8_t* high = row + bytes - done - 16;  // pixels in bytes 1 to 15
-    const __m128i lowBlock = load(low);
-    const __m128i highBlock = load(high);
-    const __m128i toLow = _mm_shuffle_epi8(highBlock, lowOrder);
-    const __m128i toHigh = _mm_shuffle_epi8(lowBlock, highOrder);
-    store(low, _mm_or_si128(_mm_andnot_si128(lastByte, toLow), _mm_and_si128(lastByte, lowBlock)));
-    store(high, _mm_or_si128(_mm_andnot_si128(firstByte, toHigh), _mm_and_si128(firstByte, highBlock)));
-    done += 15;
+  while (bytes - 2 * done >= 2 * step) {
+    uint8_t* low = row + done;
+    uint8_t* high = row + bytes - done - step;
+    const TripleBlock lowBlock = loadTriples(low);
+    storeReversedTriples(low, loadTriples(high));
+    storeReversedTriples(high, lowBlock);
+    done += step;
   }
   plainMirrorFunction(24)(row + done, width - 2 * (done / 3));
 }

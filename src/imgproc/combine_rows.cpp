@@ -1,6 +1,7 @@
 // Combining pieces of rows. Both operands are brought into one working form, a chunk at a time: an index a byte up to 8
 // bits, stored pixels above. Arithmetic needs bytes that are levels, so 16-bit pixels are widened for it and grey
-// palettes give way to their levels. Plain copies need no chunks, and bit operators on equal indexes no unpacking.
+// palettes give way to their levels. Plain copies need no chunks, bit operators on equal indexes no unpacking, and
+// pixels that are stored in the working form no second copy.
 #include "imgproc/combine_rows.h"
 
 #include <algorithm>
@@ -62,6 +63,10 @@ int RowCombiner::prepare(const BitmapHandle& destination, const BitmapHandle& so
     run_ = &RowCombiner::copyPixels;
     return KSUCCESS;
   }
+  if (sourceToWork_.changesNothing() && work == destination.BitsPerPixel && putColors_ == nullptr) {
+    run_ = &RowCombiner::combineStored;
+    return KSUCCESS;
+  }
   run_ = &RowCombiner::combine;
   if (const int status = destinationToWork_.prepare(destination.BitsPerPixel, work, order, order, destinationPalette_,
                                                     destinationPalette_);
@@ -104,6 +109,22 @@ void RowCombiner::copyPixels(uint8_t* destinationRow, unsigned first, const uint
                              unsigned count) {
   sourceToWork_.convert(destinationRow + columnOffset(first, bits_), sourceRow + columnOffset(sourceFirst, sourceBits_),
                         count);
+}
+
+// Where both operands are in the working form already, the destination is worked on in its row.
+void RowCombiner::combineStored(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow, unsigned sourceFirst,
+                                unsigned count) {
+  uint8_t sourceBytes[chunkBytes];
+  uint8_t* to = destinationRow + columnOffset(first, bits_);
+  const uint8_t* from = sourceRow + columnOffset(sourceFirst, bits_);
+  for (unsigned left = count * workBytes_; left != 0;) {
+    const unsigned bytes = std::min(left, chunkBytes);
+    memcpy(sourceBytes, from, bytes);
+    combineBytes(to, sourceBytes, bytes, operation_, mask_);
+    to += bytes;
+    from += bytes;
+    left -= bytes;
+  }
 }
 
 void RowCombiner::combine(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow, unsigned sourceFirst,

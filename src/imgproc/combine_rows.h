@@ -35,6 +35,8 @@ class RowCombiner {
                        unsigned count);
   void copyPixels(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow, unsigned sourceFirst,
                   unsigned count);
+  void combineStored(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow, unsigned sourceFirst,
+                     unsigned count);
   void combine(uint8_t* destinationRow, unsigned first, const uint8_t* sourceRow, unsigned sourceFirst, unsigned count);
 
   uint8_t* load(uint8_t* pixels, RowConverter& converter, const uint8_t* row, unsigned rowBits, unsigned first,
