@@ -3,32 +3,23 @@
 
 #include <gtest/gtest.h>
 
-#include "display/paint_model.h"
 #include "support/canvas.h"
+#include "support/test_bitmap.h"
 
 namespace zavotest {
 namespace {
 
-constexpr RGBQUAD redGreen[] = {{0, 0, 255, 0}, {0, 255, 0, 0}};
-
-enum class Colors : uint8_t { fixed, own, ascending, descending, noGray };
+// The fixed palette, from white to black, or one step off, which is another palette and has no even greys.
+enum class Colors : uint8_t { fixed, descending, own };
 
 void giveColors(BitmapHandle& bitmap, Colors colors) {
   if (colors == Colors::fixed) return;
-  if (colors == Colors::ascending || colors == Colors::descending) {
-    giveBlackAndWhite(bitmap, colors == Colors::descending);
-    return;
-  }
-  HPALETTE palette = nullptr;
-  if (colors == Colors::noGray) palette = Zv_CreatePalette(redGreen, 2);
-  if (colors == Colors::own) {
-    std::vector<RGBQUAD> entries(bitmap.ColorCount);
-    Zv_GetPaletteEntries(bitmap.Palette, 0, bitmap.ColorCount, entries.data());
-    ++entries.back().rgbBlue;  // one step off is another palette
-    palette = Zv_CreatePalette(entries.data(), bitmap.ColorCount);
-  }
+  std::vector<RGBQUAD> entries(bitmap.ColorCount);
+  Zv_GetPaletteEntries(bitmap.Palette, 0, bitmap.ColorCount, entries.data());
+  if (colors == Colors::descending) std::swap(entries.front(), entries.back());
+  if (colors == Colors::own) ++entries.back().rgbBlue;
   DeleteObject(bitmap.Palette);
-  bitmap.Palette = palette;
+  bitmap.Palette = Zv_CreatePalette(entries.data(), bitmap.ColorCount);
 }
 
 TEST(PaintMode, FollowsDepthFlagsAndDevice) {
@@ -40,24 +31,19 @@ TEST(PaintMode, FollowsDepthFlagsAndDevice) {
     unsigned flags;
     int modes[4];  // on devices of 1, 4, 8 and 24 bits
   } cases[] = {
-      {{1}, Colors::ascending, dither, {0, 0, 0, 0}},
-      {{1}, Colors::ascending, both, {0, 0, 2, 0}},
-      {{1}, Colors::ascending, fixed, {0, 0, 0, 0}},
-      {{1}, Colors::ascending, gray, {0, 3, 3, 3}},
-      {{1}, Colors::ascending, gray | both, {0, 3, 3, 3}},
-      {{1}, Colors::ascending, alternative, {5, 5, 5, 5}},
-      {{1}, Colors::ascending, gray | alternative, {5, 3, 3, 3}},
+      {{1}, Colors::fixed, dither, {0, 0, 0, 0}},
+      {{1}, Colors::fixed, both, {0, 0, 2, 0}},
+      {{1}, Colors::fixed, gray, {0, 3, 3, 3}},
+      {{1}, Colors::fixed, alternative, {5, 5, 5, 5}},
+      {{1}, Colors::fixed, gray | alternative, {5, 3, 3, 3}},
       {{1}, Colors::descending, gray, {0, 4, 4, 4}},
       {{1}, Colors::descending, alternative, {6, 6, 6, 6}},
-      {{1}, Colors::noGray, gray | dither, {0, 0, 0, 0}},
-      {{1}, Colors::noGray, gray | both, {0, 2, 2, 2}},
-      {{1}, Colors::noGray, alternative | dither, {0, 0, 0, 0}},
-      {{1}, Colors::noGray, alternative | both, {2, 2, 2, 2}},
+      {{1}, Colors::own, gray | dither, {0, 0, 0, 0}},
+      {{1}, Colors::own, gray | both, {0, 2, 2, 2}},
+      {{1}, Colors::own, alternative | both, {2, 2, 2, 2}},
       {{2, 3, 5, 6, 7}, Colors::fixed, 0, {1, 1, 1, 1}},
-      {{2, 3, 5, 6, 7}, Colors::fixed, fixed, {1, 1, 1, 1}},
       {{2, 3, 5, 6, 7}, Colors::fixed, dither, {2, 2, 1, 1}},
       {{2, 3, 5, 6, 7}, Colors::fixed, both, {2, 2, 2, 1}},
-      {{4}, Colors::own, fixed, {0, 0, 0, 0}},
       {{4}, Colors::own, dither, {2, 2, 0, 0}},
       {{4}, Colors::own, both, {2, 2, 2, 0}},
       {{4}, Colors::fixed, dither, {2, 0, 0, 0}},
@@ -69,7 +55,6 @@ TEST(PaintMode, FollowsDepthFlagsAndDevice) {
       {{8}, Colors::fixed, both, {2, 2, 0, 0}},
       {{16, 32}, Colors::fixed, fixed, {1, 1, 1, 1}},
       {{16, 32}, Colors::fixed, dither, {2, 2, 2, 1}},
-      {{16, 32}, Colors::fixed, both, {2, 2, 2, 1}},
       {{24}, Colors::fixed, fixed, {0, 0, 0, 0}},
       {{24}, Colors::fixed, dither, {2, 2, 2, 0}},
   };
@@ -95,10 +80,9 @@ TEST(PaintMode, FollowsDepthFlagsAndDevice) {
 TEST(PaintMode, DeviceDepthIsBroughtDownToFour) {
   const struct {
     int bits, planes, technology, depth;
-  } cases[] = {{1, 1, DT_RASDISPLAY, 1},   {3, 1, DT_RASDISPLAY, 1},   {1, 4, DT_RASDISPLAY, 4},
-               {7, 1, DT_RASPRINTER, 4},   {8, 1, DT_RASDISPLAY, 8},   {15, 1, DT_RASPRINTER, 8},
-               {16, 1, DT_RASDISPLAY, 24}, {32, 1, DT_RASDISPLAY, 24}, {1, 1, DT_METAFILE, 24},
-               {8, 2, DT_RASDISPLAY, 24},  {0, 1, DT_RASPRINTER, 1}};
+  } cases[] = {{0, 1, DT_RASPRINTER, 1},  {3, 1, DT_RASDISPLAY, 1},   {1, 4, DT_RASDISPLAY, 4},
+               {7, 1, DT_RASPRINTER, 4},  {8, 1, DT_RASDISPLAY, 8},   {15, 1, DT_RASPRINTER, 8},
+               {8, 2, DT_RASDISPLAY, 24}, {32, 1, DT_RASDISPLAY, 24}, {1, 1, DT_METAFILE, 24}};
   const Canvas canvas(1, 1);
   TestBitmap bitmap(5, 5, 24);
   for (const auto& c : cases) {
@@ -107,11 +91,6 @@ TEST(PaintMode, DeviceDepthIsBroughtDownToFour) {
     Zv_GetDitherFlags(canvas.dc(), &bitmap, &bits, nullptr);
     EXPECT_EQ(bits, c.depth) << c.bits << " x " << c.planes;
   }
-  HDC metafile = CreateMetaFileA(nullptr);
-  int bits = 0;
-  Zv_GetDitherFlags(metafile, &bitmap, &bits, nullptr);
-  EXPECT_EQ(bits, 24);
-  DeleteMetaFile(CloseMetaFile(metafile));
 }
 
 TEST(DisplayMode, MaskedBitsChangeAndTheFormerFlagsComeBack) {
@@ -122,63 +101,31 @@ TEST(DisplayMode, MaskedBitsChangeAndTheFormerFlagsComeBack) {
   EXPECT_EQ(Zv_GetDisplayMode(), 0x105u);
 }
 
-// --- The paint palette
-
-std::vector<PALETTEENTRY> paintPalette(BitmapHandle& bitmap, int deviceBits) {
-  const Canvas canvas(1, 1);
-  const FakeDevice device(deviceBits);
-  HPALETTE palette = Zv_CreatePaintPalette(canvas.dc(), &bitmap);
-  if (palette == nullptr) return {};
-  std::vector<PALETTEENTRY> entries(Zv_GetPaletteSize(palette));
-  GetPaletteEntries(palette, 0, static_cast<UINT>(entries.size()), entries.data());
-  DeleteObject(palette);
-  return entries;
-}
-
-void expectColors(const std::vector<PALETTEENTRY>& entries, const RGBQUAD* colors, size_t count,
-                  const AdjustTable* table = nullptr) {
-  ASSERT_EQ(entries.size(), count);
-  const auto level = [table](BYTE value) { return table != nullptr ? (*table)[value] : value; };
-  for (size_t i = 0; i < count; ++i) {
-    EXPECT_EQ(entries[i].peRed, level(colors[i].rgbRed)) << i;
-    EXPECT_EQ(entries[i].peGreen, level(colors[i].rgbGreen)) << i;
-    EXPECT_EQ(entries[i].peBlue, level(colors[i].rgbBlue)) << i;
-  }
-}
-
-TEST(PaintPalette, IsTheTargetOfDitheringUnadjusted) {
+// What the palettes hold is seen where pictures are painted through them.
+TEST(PaintPalette, IsTheTargetOfDitheringOrTheBitmapsOwn) {
   const PaintSettings settings(PAINT_DITHER);
-  PaintSettings::adjust(100, 200, 150);
-  TestBitmap bitmap(5, 5, 24);
-  for (const int bits : {1, 4, 8}) {
-    SCOPED_TRACE(bits);
-    expectColors(paintPalette(bitmap, bits), Zv_IntGetFixedPalette(bits), size_t{1} << bits);
-  }
-  EXPECT_TRUE(paintPalette(bitmap, 24).empty());
-
-  Zv_SetDisplayMode(PAINT_CUBE_PALETTE, PAINT_CUBE_PALETTE);
-  RGBQUAD cube[256] = {};
-  for (unsigned i = 0; i < 216; ++i) {
-    cube[i] = {static_cast<BYTE>(i % 6 * 51), static_cast<BYTE>(i / 6 % 6 * 51), static_cast<BYTE>(i / 36 * 51), 0};
-  }
-  expectColors(paintPalette(bitmap, 8), cube, 256);
-  expectColors(paintPalette(bitmap, 4), Zv_IntGetFixedPalette(4), 16);
-}
-
-TEST(PaintPalette, IsTheBitmapsOwnAdjustedOtherwise) {
-  const PaintSettings settings(PAINT_DITHER);
-  PaintSettings::adjust(100, 200, 150);
-  const AdjustTable table = currentAdjustTable();
-  for (const int bits : {1, 3, 4, 8}) {
-    SCOPED_TRACE(bits);
-    TestBitmap bitmap(5, 5, bits);
-    expectColors(paintPalette(bitmap, 24), Zv_IntGetFixedPalette(bits), size_t{1} << bits, &table);
-    DeleteObject(bitmap.Palette);
-    bitmap.Palette = nullptr;
-    EXPECT_TRUE(paintPalette(bitmap, 24).empty());
-  }
   const Canvas canvas(1, 1);
-  EXPECT_EQ(Zv_CreatePaintPalette(nullptr, nullptr), nullptr);
+  const struct {
+    int bits, deviceBits;
+    unsigned flags, colors;
+  } cases[] = {{24, 1, 0, 2},   {24, 4, PAINT_CUBE_PALETTE, 16},
+               {24, 8, 0, 256}, {24, 8, PAINT_CUBE_PALETTE, 256},
+               {24, 24, 0, 0},  {1, 24, 0, 2},
+               {3, 24, 0, 8},   {8, 24, 0, 256}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.bits << " bits, device of " << c.deviceBits);
+    Zv_SetDisplayMode(PAINT_CUBE_PALETTE, c.flags);
+    const FakeDevice device(c.deviceBits);
+    TestBitmap bitmap(5, 5, c.bits);
+    HPALETTE palette = Zv_CreatePaintPalette(canvas.dc(), &bitmap);
+    EXPECT_EQ(Zv_GetPaletteSize(palette), c.colors);
+    if (palette != nullptr) DeleteObject(palette);
+  }
+  TestBitmap bitmap(5, 5, 8);
+  DeleteObject(bitmap.Palette);
+  bitmap.Palette = nullptr;
+  EXPECT_EQ(Zv_CreatePaintPalette(canvas.dc(), &bitmap), nullptr);
+  EXPECT_EQ(Zv_CreatePaintPalette(nullptr, &bitmap), nullptr);
   EXPECT_EQ(Zv_CreatePaintPalette(canvas.dc(), nullptr), nullptr);
 }
 

@@ -1,8 +1,8 @@
 #include "display/paint_model.h"
 
 #include <algorithm>
-#include <sstream>
 
+#include "support/canvas.h"
 #include "support/seen_picture.h"
 
 namespace zavotest {
@@ -18,9 +18,7 @@ constexpr int clustered[8][8] = {{112, 40, 72, 104, 144, 176, 208, 136}, {88, 8,
                                  {148, 180, 212, 140, 116, 44, 76, 108}, {196, 236, 244, 172, 92, 12, 20, 52},
                                  {164, 228, 252, 204, 60, 28, 4, 84},    {132, 220, 188, 156, 100, 68, 36, 124}};
 
-int clamped(int value) {
-  return std::clamp(value, 0, 255);
-}
+using Color = std::array<int, 3>;  // red, green, blue
 
 int number(std::mt19937& random, int from, int to) {
   return from + static_cast<int>(random() % static_cast<unsigned>(to - from + 1));
@@ -30,11 +28,178 @@ RECT randomRect(std::mt19937& random, int width, int height) {
   RECT rect = {number(random, -4, width), number(random, -4, height), 0, 0};
   rect.right = number(random, rect.left, width + 4);
   rect.bottom = number(random, rect.top, height + 4);
+  if (random() % 16 == 0) std::swap(rect.left, rect.right);
   return rect;
 }
 
-int luminance(int red, int green, int blue) {
-  return (2 * red + 5 * green + blue + 4) >> 3;
+bool isTurned(const BitmapHandle& bitmap) {
+  return bitmap.ViewPerspective == VIEW_TURNED_90 || bitmap.ViewPerspective == VIEW_TURNED_270;
+}
+
+// The seen picture, and which of its pixels a pixel of the destination takes.
+class Source {
+ public:
+  Source(BitmapHandle& bitmap, const PaintRects& rects) : values_(seenValuesOf(bitmap)), colors_(seenOf(bitmap)) {
+    // Five bits of a channel stand for eight.
+    for (uint32_t& color : colors_.pixels) color |= bitmap.BitsPerPixel == 16 ? color >> 5 & 0x070707 : 0;
+    const RECT all = {0, 0, bitmap.Width, bitmap.Height};
+    whole = rects.source.value_or(all);
+    clip_ = rects.sourceClip.value_or(whole);
+    IntersectRect(&clip_, &clip_, &whole);
+    IntersectRect(&clip_, &clip_, &all);
+    if (isTurned(bitmap)) {
+      Zv_RectFromBitmap(&bitmap, VIEW_UPRIGHT, &whole);
+      Zv_RectFromBitmap(&bitmap, VIEW_UPRIGHT, &clip_);
+    }
+    if (rects.storedRows) {
+      RECT rows = *rects.storedRows;
+      Zv_RectFromBitmap(&bitmap, VIEW_UPRIGHT, &rows);
+      IntersectRect(&clip_, &clip_, &rows);
+    }
+    destination = rects.destination;
+    if (destination.top > destination.bottom) std::swap(destination.top, destination.bottom);
+    destinationClip_ = rects.destinationClip.value_or(destination);
+    IntersectRect(&destinationClip_, &destinationClip_, &destination);
+  }
+
+  [[nodiscard]] LONG width() const { return destination.right - destination.left; }
+  [[nodiscard]] LONG height() const { return destination.bottom - destination.top; }
+  [[nodiscard]] bool isSameSize() const {
+    return whole.right - whole.left == width() && whole.bottom - whole.top == height();
+  }
+
+  // The seen pixel of a destination pixel; false when that is not painted.
+  [[nodiscard]] bool find(LONG x, LONG y, POINT& seen) const {
+    if (IsRectEmpty(&whole) || IsRectEmpty(&destination) || !PtInRect(&destinationClip_, {x, y})) return false;
+    seen = {columnAt(x - destination.left), rowBelow(destination.bottom - 1 - y) - 1};
+    return PtInRect(&clip_, seen) != FALSE;
+  }
+
+  [[nodiscard]] Color color(const POINT& seen) const {
+    const uint32_t color = colors_.at(seen.x, seen.y);
+    return {static_cast<int>(color >> 16), static_cast<int>(color >> 8 & 255), static_cast<int>(color & 255)};
+  }
+
+  // 255 without the share of 0 pixels of the seen pixels that shrink to this one of the destination.
+  [[nodiscard]] int coverage(LONG x, LONG y) const {
+    const LONG k = x - destination.left;
+    const LONG j = destination.bottom - 1 - y;
+    RECT area = {columnAt(k), rowBelow(j + 1), columnAt(k + 1), rowBelow(j)};
+    area.right = std::max(area.right, area.left + 1);
+    area.top = std::min(area.top, area.bottom - 1);
+    int zeros = 0, all = 0;
+    for (LONG sy = std::max(area.top, 0L); sy < std::min<LONG>(area.bottom, values_.height); ++sy) {
+      for (LONG sx = std::max(area.left, 0L); sx < std::min<LONG>(area.right, values_.width); ++sx, ++all) {
+        if (values_.at(sx, sy) == 0) ++zeros;
+      }
+    }
+    return zeros < all ? 255 - zeros * 255 / all : 0;
+  }
+
+  RECT whole, destination;
+
+ private:
+  // Edges of the seen columns and rows of a destination pixel; rows count from below.
+  [[nodiscard]] LONG columnAt(LONG k) const {
+    return whole.left + static_cast<LONG>(int64_t{k} * (whole.right - whole.left) / width());
+  }
+  [[nodiscard]] LONG rowBelow(LONG k) const {
+    return whole.bottom - static_cast<LONG>(int64_t{k} * (whole.bottom - whole.top) / height());
+  }
+
+  RECT clip_, destinationClip_;
+  Picture values_, colors_;
+};
+
+// What a device of up to 8 bits shows.
+class Ditherer {
+ public:
+  Ditherer(int bits, const AdjustTable& table) : bits_(bits), flags_(Zv_GetDisplayMode()), table_(table) {}
+
+  [[nodiscard]] bool isOrdered() const { return (flags_ & PAINT_ORDERED_DITHER) != 0; }
+  [[nodiscard]] Color adjusted(Color color) const {
+    for (int& level : color) level = table_[static_cast<size_t>(level)];
+    return color;
+  }
+  // One bit measures the colour and adjusts its luminance, more measure what is adjusted.
+  [[nodiscard]] Color measured(const Color& color) const { return bits_ == 1 ? color : adjusted(color); }
+
+  // The device's colour for a colour that was measured.
+  [[nodiscard]] Color nearest(const Color& measured, int threshold = 127) const {
+    const auto red = static_cast<unsigned>(measured[0]);
+    const auto green = static_cast<unsigned>(measured[1]);
+    const auto blue = static_cast<unsigned>(measured[2]);
+    const auto full = [](bool bright) { return bright ? 255 : 0; };
+    if (bits_ == 1) {
+      const int level = full(table_[(2 * red + 5 * green + blue + 4) >> 3] > threshold);
+      return {level, level, level};
+    }
+    if (bits_ == 4) return {full(red >= 128), full(green >= 128), full(blue >= 128)};
+    if (isCube()) return {measured[0] / 51 * 51, measured[1] / 51 * 51, measured[2] / 51 * 51};
+    const RGBQUAD& entry = Zv_IntGetFixedPalette(8)[(red & 0xE0) | (green >> 5) << 2 | blue >> 6];
+    return {entry.rgbRed, entry.rgbGreen, entry.rgbBlue};
+  }
+
+  // The device's colour at a place, by the matrices.
+  [[nodiscard]] Color ordered(Color color, LONG x, LONG y) const {
+    const int m = dispersed[y & 7][x & 7];
+    if (bits_ == 1) return nearest(color, (flags_ & PAINT_CLUSTERED_DOT) != 0 ? clustered[y & 7][x & 7] : m);
+    const int term = bits_ == 4 ? m - 127 : isCube() ? m / 6 - 21 : (m >> 3) - 16;
+    for (int& level : color) level = std::clamp(level + term, 0, 255);
+    return nearest(measured(color));
+  }
+
+ private:
+  [[nodiscard]] bool isCube() const { return (flags_ & PAINT_CUBE_PALETTE) != 0; }
+
+  int bits_;
+  unsigned flags_;
+  const AdjustTable& table_;
+};
+
+void put(Picture& canvas, LONG x, LONG y, const Color& color) {
+  if (x < 0 || x >= canvas.width || y < 0 || y >= canvas.height) return;
+  canvas.at(x, y) = static_cast<uint32_t>(color[0] << 16 | color[1] << 8 | color[2]);
+}
+
+void paintDithered(Picture& canvas, const Source& source, bool turned, const Ditherer& ditherer) {
+  const RECT& all = source.destination;
+  if (IsRectEmpty(&all)) return;
+  // In 16ths. They come from pixels beside the canvas as well.
+  std::vector<Color> errors(static_cast<size_t>(source.width()) * static_cast<size_t>(source.height()));
+  const auto errorsAt = [&](LONG x, LONG y) -> Color& {
+    return errors[static_cast<size_t>((y - all.top) * source.width() + x - all.left)];
+  };
+  const LONG lines = turned ? source.width() : source.height();
+  const LONG along = turned ? source.height() : source.width();
+  for (LONG line = 0; line < lines; ++line) {
+    for (LONG k = 0; k < along; ++k) {
+      // Turned pictures go column by column, upwards, because their stored rows do.
+      const LONG x = all.left + (turned ? line : k);
+      const LONG y = turned ? all.bottom - 1 - k : all.top + line;
+      POINT seen;
+      if (!source.find(x, y, seen)) continue;
+      Color color = source.color(seen);
+      if (ditherer.isOrdered()) {
+        put(canvas, x, y, ditherer.ordered(color, x - all.left, y - all.top));
+        continue;
+      }
+      for (size_t i = 0; i < 3; ++i) color[i] = std::clamp(color[i] + errorsAt(x, y)[i] / 16, 0, 255);
+      const Color measured = ditherer.measured(color);
+      const Color chosen = ditherer.nearest(measured);
+      put(canvas, x, y, chosen);
+      const auto spread = [&](int step, int down, int share) {
+        const LONG toX = turned ? x + down : x + step;
+        const LONG toY = turned ? y - step : y + down;
+        if (!source.find(toX, toY, seen)) return;
+        for (size_t i = 0; i < 3; ++i) errorsAt(toX, toY)[i] += share * (measured[i] - chosen[i]);
+      };
+      spread(1, 0, 7);
+      spread(-1, 1, 3);
+      spread(0, 1, 5);
+      spread(1, 1, 1);
+    }
+  }
 }
 
 }  // namespace
@@ -46,11 +211,10 @@ PaintRects randomRects(std::mt19937& random, const BitmapHandle& bitmap, int can
   rects.destination = randomRect(random, canvasWidth, canvasHeight);
   if (random() % 3 == 0) {  // the same size
     const RECT source = rects.source.value_or(RECT{0, 0, bitmap.Width, bitmap.Height});
-    const bool turned = bitmap.ViewPerspective == VIEW_TURNED_90 || bitmap.ViewPerspective == VIEW_TURNED_270;
     const LONG width = source.right - source.left;
     const LONG height = source.bottom - source.top;
-    rects.destination.right = rects.destination.left + (turned ? height : width);
-    rects.destination.bottom = rects.destination.top + (turned ? width : height);
+    rects.destination.right = rects.destination.left + (isTurned(bitmap) ? height : width);
+    rects.destination.bottom = rects.destination.top + (isTurned(bitmap) ? width : height);
   }
   if (random() % 3 == 0) rects.destinationClip = randomRect(random, canvasWidth, canvasHeight);
   if (random() % 5 == 0) std::swap(rects.destination.top, rects.destination.bottom);
@@ -63,256 +227,47 @@ RandomBitmap::RandomBitmap(std::mt19937& random, int bits)
   constexpr int perspectives[] = {1, 2, 4, 8, 0, 3};
   fillWithNoise(*this, random);
   if (bits <= 8) giveRandomPalette(*this, random);
+  if (bits == 1 && random() % 3 != 0) {
+    RGBQUAD blackAndWhite[] = {{0, 0, 0, 0}, {255, 255, 255, 0}};
+    if (random() % 2 != 0) std::swap(blackAndWhite[0], blackAndWhite[1]);
+    DeleteObject(Palette);
+    Palette = Zv_CreatePalette(blackAndWhite, 2);
+  }
   ViewPerspective = perspectives[random() % std::size(perspectives)];
   if (bits > 8) ColorOrder = number(random, 0, 1);
-}
-
-void giveBlackAndWhite(BitmapHandle& bitmap, bool descending) {
-  RGBQUAD colors[] = {{0, 0, 0, 0}, {255, 255, 255, 0}};
-  if (descending) std::swap(colors[0], colors[1]);
-  DeleteObject(bitmap.Palette);
-  bitmap.Palette = Zv_CreatePalette(colors, 2);
-}
-
-std::string describe(const BitmapHandle& bitmap, const PaintRects& rects) {
-  std::ostringstream text;
-  const auto say = [&text](const char* name, const std::optional<RECT>& r) {
-    if (r) text << name << ' ' << r->left << ',' << r->top << ',' << r->right << ',' << r->bottom << '\n';
-  };
-  text << bitmap.Width << " x " << bitmap.Height << ", " << bitmap.BitsPerPixel << " bits, perspective "
-       << bitmap.ViewPerspective << ", order " << bitmap.ColorOrder << ", handle flags " << bitmap.Flags << '\n';
-  say("source", rects.source);
-  say("source clip", rects.sourceClip);
-  say("destination", rects.destination);
-  say("destination clip", rects.destinationClip);
-  return text.str();
 }
 
 // A grey paint palette is the table.
 AdjustTable currentAdjustTable() {
   const unsigned mode = Zv_SetDisplayMode(~0u, PAINT_GRAY_1BIT);
   TestBitmap gray(1, 1, 1);
-  HDC dc = CreateCompatibleDC(nullptr);
-  HPALETTE palette = Zv_CreatePaintPalette(dc, &gray);
+  const Canvas canvas(1, 1);
+  HPALETTE palette = Zv_CreatePaintPalette(canvas.dc(), &gray);
   PALETTEENTRY entries[256] = {};
   GetPaletteEntries(palette, 0, 256, entries);
   DeleteObject(palette);
-  DeleteDC(dc);
   Zv_SetDisplayMode(~0u, mode);
   AdjustTable table;
   for (size_t i = 0; i < 256; ++i) table[i] = entries[i].peRed;
   return table;
 }
 
-// The seen picture, and which of its pixels a pixel of the destination takes.
-struct PaintModel::Source {
-  Source(BitmapHandle& bitmap, const PaintRects& rects) : values_(seenValuesOf(bitmap)), colors_(seenOf(bitmap)) {
-    // Five bits of a channel stand for eight.
-    for (uint32_t& color : colors_.pixels) color |= bitmap.BitsPerPixel == 16 ? color >> 5 & 0x070707 : 0;
-    RECT all = {0, 0, bitmap.Width, bitmap.Height};
-    whole = rects.source.value_or(all);
-    clip = rects.sourceClip.value_or(whole);
-    IntersectRect(&clip, &clip, &whole);
-    IntersectRect(&clip, &clip, &all);
-    const bool turned = bitmap.ViewPerspective == VIEW_TURNED_90 || bitmap.ViewPerspective == VIEW_TURNED_270;
-    if (turned) {
-      Zv_RectFromBitmap(&bitmap, VIEW_UPRIGHT, &whole);
-      Zv_RectFromBitmap(&bitmap, VIEW_UPRIGHT, &clip);
-    }
-    Zv_RectFromBitmap(&bitmap, VIEW_UPRIGHT, &all);
-    seen = all;
-    if (rects.storedRows) {
-      RECT rows = *rects.storedRows;
-      Zv_RectFromBitmap(&bitmap, VIEW_UPRIGHT, &rows);
-      IntersectRect(&clip, &clip, &rows);
-    }
-    destination = rects.destination;
-    if (destination.top > destination.bottom) std::swap(destination.top, destination.bottom);
-    destinationClip = rects.destinationClip.value_or(destination);
-    IntersectRect(&destinationClip, &destinationClip, &destination);
-  }
-
-  // Edges of the seen columns and rows of a destination pixel; rows count from below.
-  [[nodiscard]] LONG columnAt(LONG k) const {
-    return whole.left + static_cast<LONG>(int64_t{k} * (whole.right - whole.left) / width());
-  }
-  [[nodiscard]] LONG rowBelow(LONG k) const {
-    return whole.bottom - static_cast<LONG>(int64_t{k} * (whole.bottom - whole.top) / height());
-  }
-  [[nodiscard]] LONG width() const { return destination.right - destination.left; }
-  [[nodiscard]] LONG height() const { return destination.bottom - destination.top; }
-
-  // The seen pixel of a destination pixel; false when that is not painted.
-  [[nodiscard]] bool find(LONG x, LONG y, int& column, int& row) const {
-    const POINT at = {x, y};
-    if (IsRectEmpty(&whole) || IsRectEmpty(&destination) || !PtInRect(&destinationClip, at)) return false;
-    column = columnAt(x - destination.left);
-    row = rowBelow(destination.bottom - 1 - y) - 1;
-    const POINT from = {column, row};
-    return PtInRect(&clip, from) != FALSE;
-  }
-
-  // Stored value of a seen pixel.
-  [[nodiscard]] uint32_t value(int column, int row) const { return values_.at(column, row); }
-
-  [[nodiscard]] Color color(int column, int row) const {
-    const uint32_t color = colors_.at(column, row);
-    return {static_cast<int>(color >> 16), static_cast<int>(color >> 8 & 255), static_cast<int>(color & 255)};
-  }
-
-  RECT whole, clip, seen, destination, destinationClip;
-
- private:
-  Picture values_;
-  Picture colors_;
-};
-
-void PaintModel::paint(BitmapHandle& bitmap, const PaintRects& rects, int paintMode, int deviceBits) {
-  flags_ = Zv_GetDisplayMode();
+void paintModel(Picture& canvas, BitmapHandle& bitmap, const PaintRects& rects, int paintMode, int deviceBits,
+                const AdjustTable& table) {
   const Source source(bitmap, rects);
-  const bool turned = bitmap.ViewPerspective == VIEW_TURNED_90 || bitmap.ViewPerspective == VIEW_TURNED_270;
-  if (paintMode >= 3) {
-    paintGray(source, paintMode % 2 == 0);
-  } else if (paintMode == 2) {
-    paintDithered(source, turned, std::min(deviceBits, 8));
-  } else {
-    paintColors(source);
+  const Ditherer ditherer(std::min(deviceBits, 8), table);
+  if (paintMode == 2 && (bitmap.BitsPerPixel > 1 || deviceBits >= 8)) {  // one bit is dithered to 256 colours only
+    paintDithered(canvas, source, isTurned(bitmap), ditherer);
+    return;
   }
-}
-
-void PaintModel::put(LONG x, LONG y, const Color& color) {
-  if (x < 0 || x >= width_ || y < 0 || y >= height_) return;
-  const auto value = static_cast<uint32_t>(color.red << 16 | color.green << 8 | color.blue);
-  pixels_[static_cast<size_t>(y) * static_cast<size_t>(width_) + static_cast<size_t>(x)] = value;
-}
-
-PaintModel::Color PaintModel::adjusted(const Color& color) const {
-  const auto look = [this](int level) { return table_[static_cast<size_t>(level)]; };
-  return {look(color.red), look(color.green), look(color.blue)};
-}
-
-void PaintModel::paintColors(const Source& source) {
-  for (int y = 0; y < height_; ++y) {
-    for (int x = 0; x < width_; ++x) {
-      int column, row;
-      if (source.find(x, y, column, row)) put(x, y, adjusted(source.color(column, row)));
-    }
-  }
-}
-
-// Darkness is the share of 0 pixels of the seen pixels that shrink to one.
-void PaintModel::paintGray(const Source& source, bool inverted) {
-  for (int y = 0; y < height_; ++y) {
-    for (int x = 0; x < width_; ++x) {
-      int column, row;
-      if (!source.find(x, y, column, row)) continue;
-      const LONG k = x - source.destination.left;
-      const LONG j = source.destination.bottom - 1 - y;
-      RECT area = {source.columnAt(k), source.rowBelow(j + 1), source.columnAt(k + 1), source.rowBelow(j)};
-      area.right = std::max(area.right, area.left + 1);
-      area.top = std::min(area.top, area.bottom - 1);
-      int zeros = 0, all = 0;
-      for (LONG sy = area.top; sy < area.bottom; ++sy) {
-        for (LONG sx = area.left; sx < area.right; ++sx) {
-          const POINT at = {sx, sy};
-          if (!PtInRect(&source.seen, at)) continue;
-          ++all;
-          if (source.value(sx, sy) == 0) ++zeros;
-        }
-      }
-      int level = zeros < all ? 255 - zeros * 255 / all : 0;
-      if (inverted) level = 255 - level;
-      put(x, y, adjusted({level, level, level}));
-    }
-  }
-}
-
-unsigned PaintModel::indexOf(const Color& color, int bits) const {
-  const auto red = static_cast<unsigned>(color.red);
-  const auto green = static_cast<unsigned>(color.green);
-  const auto blue = static_cast<unsigned>(color.blue);
-  if (bits == 4) {
-    const unsigned bright = (red >= 128 ? 1u : 0) + (green >= 128 ? 2u : 0) + (blue >= 128 ? 4u : 0);
-    return bright == 0 ? 0 : bright + 8;
-  }
-  if ((flags_ & PAINT_CUBE_PALETTE) != 0) return red / 51 * 36 + green / 51 * 6 + blue / 51;
-  return (red & 0xE0) | (green >> 5) << 2 | blue >> 6;
-}
-
-PaintModel::Color PaintModel::target(unsigned index, int bits) const {
-  if (bits == 1) return index != 0 ? Color{255, 255, 255} : Color{0, 0, 0};
-  if (bits == 4) return {(index & 1) != 0 ? 255 : 0, (index & 2) != 0 ? 255 : 0, (index & 4) != 0 ? 255 : 0};
-  if ((flags_ & PAINT_CUBE_PALETTE) != 0) {
-    return {static_cast<int>(index / 36 * 51), static_cast<int>(index / 6 % 6 * 51), static_cast<int>(index % 6 * 51)};
-  }
-  const RGBQUAD& entry = Zv_IntGetFixedPalette(8)[index];
-  return {entry.rgbRed, entry.rgbGreen, entry.rgbBlue};
-}
-
-void PaintModel::paintDithered(const Source& source, bool turned, int bits) {
-  struct Errors {
-    int red = 0, green = 0, blue = 0;
-  };
-  // Errors come from pixels beside the device as well.
-  const RECT& all = source.destination;
-  if (IsRectEmpty(&all)) return;
-  std::vector<Errors> carried(static_cast<size_t>(source.width()) * static_cast<size_t>(source.height()));
-  const auto carriedAt = [&](LONG x, LONG y) -> Errors& {
-    return carried[static_cast<size_t>((y - all.top) * source.width() + x - all.left)];
-  };
-  const bool ordered = (flags_ & PAINT_ORDERED_DITHER) != 0;
-  const LONG lines = turned ? source.width() : source.height();
-  const LONG along = turned ? source.height() : source.width();
-  for (LONG line = 0; line < lines; ++line) {
-    for (LONG k = 0; k < along; ++k) {
-      // Turned pictures go column by column, upwards, because their stored rows do.
-      const LONG x = all.left + (turned ? line : k);
-      const LONG y = turned ? all.bottom - 1 - k : all.top + line;
-      int column, row;
-      if (!source.find(x, y, column, row)) continue;
-      Color color = source.color(column, row);
-      if (ordered) {
-        const LONG my = (y - source.destination.top) & 7;
-        const LONG mx = (x - source.destination.left) & 7;
-        const int m = dispersed[my][mx];
-        if (bits == 1) {
-          const int threshold = (flags_ & PAINT_CLUSTERED_DOT) != 0 ? clustered[my][mx] : m;
-          const int level = table_[static_cast<size_t>(luminance(color.red, color.green, color.blue))];
-          put(x, y, target(threshold < level ? 1 : 0, 1));
-          continue;
-        }
-        const int term = bits == 4 ? m - 127 : (flags_ & PAINT_CUBE_PALETTE) != 0 ? m / 6 - 21 : (m >> 3) - 16;
-        color = {clamped(color.red + term), clamped(color.green + term), clamped(color.blue + term)};
-        put(x, y, target(indexOf(adjusted(color), bits), bits));
-        continue;
-      }
-      const Errors& here = carriedAt(x, y);
-      color = {clamped(color.red + here.red / 16), clamped(color.green + here.green / 16),
-               clamped(color.blue + here.blue / 16)};
-      unsigned index;
-      Color measured = color;
-      if (bits == 1) {
-        index = table_[static_cast<size_t>(luminance(color.red, color.green, color.blue))] >> 7;
-      } else {
-        measured = adjusted(color);
-        index = indexOf(measured, bits);
-      }
-      const Color chosen = target(index, bits);
-      put(x, y, chosen);
-      const auto spread = [&](int step, int down, int share) {
-        const LONG toX = turned ? x + down : x + step;
-        const LONG toY = turned ? y - step : y + down;
-        int c, r;
-        if (!source.find(toX, toY, c, r)) return;
-        Errors& to = carriedAt(toX, toY);
-        to.red += share * (measured.red - chosen.red);
-        to.green += share * (measured.green - chosen.green);
-        to.blue += share * (measured.blue - chosen.blue);
-      };
-      spread(1, 0, 7);
-      spread(-1, 1, 3);
-      spread(0, 1, 5);
-      spread(1, 1, 1);
+  const bool gray = paintMode == 3 || paintMode == 4 || (paintMode >= 5 && !source.isSameSize());
+  for (int y = 0; y < canvas.height; ++y) {
+    for (int x = 0; x < canvas.width; ++x) {
+      POINT seen;
+      if (!source.find(x, y, seen)) continue;
+      Color color = source.color(seen);
+      if (gray) color.fill(paintMode % 2 == 0 ? 255 - source.coverage(x, y) : source.coverage(x, y));
+      put(canvas, x, y, ditherer.adjusted(color));
     }
   }
 }
