@@ -4,7 +4,6 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
 #include "core/legacy_host.h"
 #include "support/import_patch.h"
@@ -19,21 +18,13 @@ void* address(Function function) {
   return reinterpret_cast<void*>(function);
 }
 
-DWORD WINAPI noSlot() {
-  return TLS_OUT_OF_INDEXES;
-}
-HGLOBAL WINAPI noMemory(UINT, SIZE_T) {
-  return nullptr;
-}
-BOOL WINAPI noValue(DWORD, LPVOID) {
-  return FALSE;
-}
-HBITMAP WINAPI noBitmap(int, int, UINT, UINT, const void*) {
-  return nullptr;
-}
-HBRUSH WINAPI noBrush(HBITMAP) {
-  return nullptr;
-}
+// A function of the platform that always fails.
+template <typename Function, auto failure>
+struct Failing;
+template <typename Result, typename... Arguments, auto failure>
+struct Failing<Result(WINAPI*)(Arguments...), failure> {
+  static Result WINAPI call(Arguments...) { return failure; }
+};
 
 int slotsTaken = 0;
 DWORD WINAPI countedTlsAlloc() {
@@ -45,28 +36,17 @@ BOOL WINAPI countedTlsFree(DWORD slot) {
   return TlsFree(slot);
 }
 
-TEST(Module, IsNotLoadedWithoutATlsSlot) {
-  const LibraryCopy copy;
-  std::vector<DWORD> slots;
-  for (DWORD slot = TlsAlloc(); slot != TLS_OUT_OF_INDEXES; slot = TlsAlloc()) slots.push_back(slot);
-  const HMODULE refused = LoadLibraryA(copy.path());
-  const DWORD error = GetLastError();
-  for (const DWORD slot : slots) TlsFree(slot);
-  EXPECT_EQ(refused, nullptr);
-  EXPECT_EQ(error, DWORD{ERROR_DLL_INIT_FAILED});
-  HMODULE loaded = LoadLibraryA(copy.path());
-  EXPECT_NE(loaded, nullptr);
-  FreeLibrary(loaded);
-}
-
 TEST(Module, AttachesOnlyWithSettings) {
   const struct {
     const char* function;
     void* refusing;
     bool attaches;
-  } cases[] = {{"TlsAlloc", address(&noSlot), false},           {"GlobalAlloc", address(&noMemory), false},
-               {"TlsSetValue", address(&noValue), false},       {"CreateBitmap", address(&noBitmap), true},
-               {"CreatePatternBrush", address(&noBrush), true}, {"none", nullptr, true}};
+  } cases[] = {{"TlsAlloc", address(&Failing<decltype(&TlsAlloc), TLS_OUT_OF_INDEXES>::call), false},
+               {"GlobalAlloc", address(&Failing<decltype(&GlobalAlloc), nullptr>::call), false},
+               {"TlsSetValue", address(&Failing<decltype(&TlsSetValue), FALSE>::call), false},
+               {"CreateBitmap", address(&Failing<decltype(&CreateBitmap), nullptr>::call), true},
+               {"CreatePatternBrush", address(&Failing<decltype(&CreatePatternBrush), nullptr>::call), true},
+               {"none", nullptr, true}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.function);
     slotsTaken = 0;
@@ -79,52 +59,32 @@ TEST(Module, AttachesOnlyWithSettings) {
   }
 }
 
-DWORD version = 0;
-DWORD WINAPI givenVersion() {
-  return version;
-}
-
-TEST(Module, LegacyHostsAreToldByTheirVersion) {
-  const struct {
-    DWORD version;
-    bool legacy;
-  } cases[] = {{0x80000A03, true}, {0x80000004, false}, {0x00000A03, false}, {0xC0000003, true}, {0x00000005, false}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << std::hex << c.version);
-    version = c.version;
-    PrivateModule module({{"GetVersion", address(&givenVersion)}});
-    ASSERT_TRUE(module.attach());
-    BitmapHandle bitmap{};
-    module.find<decltype(&Zv_InitBitmap)>("Zv_InitBitmap")(&bitmap, 5, 5, 8);
-    EXPECT_EQ(module.find<decltype(&Zv_AllocateBitmap)>("Zv_AllocateBitmap")(&bitmap, ALLOC_MEMORY), KSUCCESS);
-    EXPECT_EQ(bitmap.Data == nullptr, c.legacy) << "global memory is not addressable before it is locked";
-    module.find<decltype(&Zv_FreeBitmap)>("Zv_FreeBitmap")(&bitmap);
-    module.detach();
-  }
-}
-
-// --- The universal thunk of a legacy host
+// --- A legacy host and its universal thunk
 
 using ServiceRoutine = DWORD(WINAPI*)(LPVOID request, DWORD number);
 
-struct Thunk {
-  bool accepts = true;
+struct Host {
+  DWORD version;
+  bool accepts;
   int registered = 0;
   int unregistered = 0;
-  std::string names;
+  std::string names = {};
   ServiceRoutine service = nullptr;
 };
-Thunk thunk;
+Host host;
 
+DWORD WINAPI givenVersion() {
+  return host.version;
+}
 BOOL WINAPI utRegister(HINSTANCE, LPCSTR companion, LPCSTR init, LPCSTR procedure, void**, ServiceRoutine service,
                        LPVOID) {
-  ++thunk.registered;
-  thunk.names = std::string(companion) + " " + init + " " + procedure;
-  thunk.service = service;
-  return thunk.accepts ? TRUE : FALSE;
+  ++host.registered;
+  host.names = std::string(companion) + " " + init + " " + procedure;
+  host.service = service;
+  return host.accepts ? TRUE : FALSE;
 }
 void WINAPI utUnRegister(HINSTANCE) {
-  ++thunk.unregistered;
+  ++host.unregistered;
 }
 FARPROC WINAPI findThunk(HMODULE module, LPCSTR name) {
   if (strcmp(name, "UTRegister") == 0) return reinterpret_cast<FARPROC>(address(&utRegister));
@@ -132,51 +92,44 @@ FARPROC WINAPI findThunk(HMODULE module, LPCSTR name) {
   return GetProcAddress(module, name);
 }
 
-TEST(Module, RegistersWithTheThunkCompanionOfALegacyHost) {
-  const struct {
-    DWORD version;
-    bool accepts;
-    int registered, unregistered;
-  } cases[] = {{0x80000A03, true, 1, 1}, {0x80000A03, false, 1, 0}, {0x00000005, true, 0, 0}};
-  for (const auto& c : cases) {
-    version = c.version;
-    thunk = {};
-    thunk.accepts = c.accepts;
-    PrivateModule module({{"GetVersion", address(&givenVersion)}, {"GetProcAddress", address(&findThunk)}});
-    ASSERT_TRUE(module.attach());
-    EXPECT_EQ(thunk.registered, c.registered);
-    EXPECT_EQ(thunk.unregistered, 0);
-    EXPECT_EQ(thunk.names, c.registered != 0 ? "ZAVO16.DLL UTInit UTProc" : "");
-    module.detach();
-    EXPECT_EQ(thunk.unregistered, c.unregistered);
-  }
+// What the companion of a legacy host asks for.
+void useService(BitmapHandle& bitmap) {
+  uint8_t written[] = {1, 2, 3}, read[3] = {};
+  zavo::ServiceRequest request{&bitmap, written, 2, 5, 3};
+  EXPECT_EQ(host.service(&request, 0), DWORD{KSUCCESS});
+  EXPECT_NE(bitmap.Data, nullptr);
+  EXPECT_EQ(host.service(&request, 3), 3u);
+  request.buffer = read;
+  EXPECT_EQ(host.service(&request, 2), 3u);
+  EXPECT_EQ(memcmp(read, written, 3), 0);
+  EXPECT_EQ(host.service(&request, 1), DWORD{KSUCCESS});
+  EXPECT_EQ(bitmap.Data, nullptr);
+  EXPECT_EQ(static_cast<int>(host.service(&request, 4)), KERR_BAD_PARAMETER);
 }
 
-TEST(Module, ServesTheThunkCompanion) {
-  version = 0x80000A03;
-  thunk = {};
-  PrivateModule module({{"GetVersion", address(&givenVersion)}, {"GetProcAddress", address(&findThunk)}});
-  ASSERT_TRUE(module.attach());
-  BitmapHandle bitmap{};
-  module.find<decltype(&Zv_InitBitmap)>("Zv_InitBitmap")(&bitmap, 16, 3, 8);
-  module.find<decltype(&Zv_AllocateBitmap)>("Zv_AllocateBitmap")(&bitmap, ALLOC_MEMORY);
-
-  uint8_t written[] = {1, 2, 3};
-  uint8_t read[3] = {};
-  zavo::ServiceRequest request{&bitmap, nullptr, 0, 0, 0};
-  EXPECT_EQ(thunk.service(&request, 0), DWORD{KSUCCESS});
-  EXPECT_NE(bitmap.Data, nullptr);
-  request = {&bitmap, written, 2, 5, 3};
-  EXPECT_EQ(thunk.service(&request, 3), 3u);
-  request.buffer = read;
-  EXPECT_EQ(thunk.service(&request, 2), 3u);
-  EXPECT_EQ(memcmp(read, written, 3), 0);
-  EXPECT_EQ(thunk.service(&request, 1), DWORD{KSUCCESS});
-  EXPECT_EQ(bitmap.Data, nullptr);
-  EXPECT_EQ(static_cast<int>(thunk.service(&request, 4)), KERR_BAD_PARAMETER);
-
-  module.find<decltype(&Zv_FreeBitmap)>("Zv_FreeBitmap")(&bitmap);
-  module.detach();
+TEST(Module, LegacyHostsHaveAnotherStorageAndAThunkCompanion) {
+  const struct {
+    DWORD version;
+    bool accepts, legacy;
+  } cases[] = {{0x80000A03, true, true},  {0x80000A03, false, true}, {0xC0000003, true, true},
+               {0x80000004, true, false}, {0x00000A03, true, false}, {0x00000005, true, false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << std::hex << c.version << ", accepts " << c.accepts);
+    host = {.version = c.version, .accepts = c.accepts};
+    PrivateModule module({{"GetVersion", address(&givenVersion)}, {"GetProcAddress", address(&findThunk)}});
+    ASSERT_TRUE(module.attach());
+    EXPECT_EQ(host.registered, c.legacy ? 1 : 0);
+    EXPECT_EQ(host.names, c.legacy ? "ZAVO16.DLL UTInit UTProc" : "");
+    BitmapHandle bitmap{};
+    module.find<decltype(&Zv_InitBitmap)>("Zv_InitBitmap")(&bitmap, 16, 3, 8);
+    EXPECT_EQ(module.find<decltype(&Zv_AllocateBitmap)>("Zv_AllocateBitmap")(&bitmap, ALLOC_MEMORY), KSUCCESS);
+    EXPECT_EQ(bitmap.Data == nullptr, c.legacy) << "global memory is not addressable before it is locked";
+    if (host.service != nullptr) useService(bitmap);
+    module.find<decltype(&Zv_FreeBitmap)>("Zv_FreeBitmap")(&bitmap);
+    EXPECT_EQ(host.unregistered, 0);
+    module.detach();
+    EXPECT_EQ(host.unregistered, c.legacy && c.accepts ? 1 : 0);
+  }
 }
 
 }  // namespace

@@ -1,11 +1,12 @@
 // Memory and file services, and file access redirected to an application's functions.
 #include <zavo.h>
 
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <string>
 #include <thread>
 #include <tuple>
+#include <vector>
 
 #include "support/import_patch.h"
 #include "support/platform_watch.h"
@@ -14,37 +15,24 @@ namespace {
 
 using namespace zavotest;
 
-struct TemporaryName {
-  TemporaryName() { EXPECT_EQ(Zv_OsGetTempName(text), 0); }
-  ~TemporaryName() { Zv_OsDelete(text); }
-  char text[260] = {};
-};
-
 TEST(OsMemory, BlocksAreZeroedKeptAndFreed) {
   auto* block = static_cast<uint8_t*>(Zv_OsAllocInit(1000, 1));
   ASSERT_NE(block, nullptr);
-  for (int i = 0; i < 1000; ++i) ASSERT_EQ(block[i], 0);
+  EXPECT_EQ(std::count(block, block + 1000, 0), 1000);
   memset(block, 7, 1000);
+  {
+    const Refusal refusal("GlobalReAlloc", 1);
+    EXPECT_EQ(Zv_OsReAlloc(block, 100000), nullptr);
+  }
+  EXPECT_EQ(GlobalLock(GlobalHandle(block)), block) << "it is left unlocked";
   block = static_cast<uint8_t*>(Zv_OsReAlloc(block, 100000));
   ASSERT_NE(block, nullptr);
-  for (int i = 0; i < 1000; ++i) ASSERT_EQ(block[i], 7);
+  EXPECT_EQ(std::count(block, block + 1000, 7), 1000);
   // The clipboard takes such memory: moveable, and recovered from its address.
   EXPECT_EQ(GlobalSize(GlobalHandle(block)), 100000u);
   EXPECT_EQ(Zv_OsFree(block), 0);
   EXPECT_EQ(Zv_OsFree(nullptr), 0);
   EXPECT_EQ(Zv_OsReAlloc(nullptr, 10), nullptr);
-}
-
-TEST(OsMemory, RefusedResizingKeepsTheBlock) {
-  auto* block = static_cast<uint8_t*>(Zv_OsAlloc(100));
-  block[99] = 42;
-  {
-    const Refusal refusal("GlobalReAlloc", 1);
-    EXPECT_EQ(Zv_OsReAlloc(block, 200), nullptr);
-  }
-  EXPECT_EQ(GlobalLock(GlobalHandle(block)), block) << "it is left unlocked";
-  EXPECT_EQ(block[99], 42);
-  Zv_OsFree(block);
 }
 
 TEST(OsFiles, OpenFlagsBecomeWhatThePlatformTakes) {
@@ -80,8 +68,9 @@ TEST(OsFiles, OpenFlagsBecomeWhatThePlatformTakes) {
 }
 
 TEST(OsFiles, ReadWriteAndSeek) {
-  const TemporaryName name;
-  const int file = Zv_OsCreat(name.text, 0);
+  char name[260] = {};
+  EXPECT_EQ(Zv_OsGetTempName(name), 0);
+  const int file = Zv_OsCreat(name, 0);
   ASSERT_NE(file, -1);
   EXPECT_EQ(Zv_OsWrite(file, "hello", 5), 5);
   char text[10] = {};
@@ -103,35 +92,25 @@ TEST(OsFiles, ReadWriteAndSeek) {
     EXPECT_FALSE(ok) << refused;
   }
   EXPECT_EQ(Zv_OsClose(file), 0);
-  EXPECT_EQ(Zv_OsDelete(name.text), 0);
-  EXPECT_EQ(Zv_OsDelete(name.text), -1);
-  EXPECT_EQ(Zv_OsOpen(name.text, 0, 0x180), -1);
+  EXPECT_EQ(Zv_OsDelete(name), 0);
+  EXPECT_EQ(Zv_OsDelete(name), -1);
+  EXPECT_EQ(Zv_OsOpen(name, 0, 0x180), -1);
 }
 
 // --- Redirection
 
-std::string calls;
+std::vector<intptr_t> seen;
 
-int ZAVO_CALL myOpen(const char* name, int openFlags, int permissionFlags) {
-  calls += "open " + std::string(name) + std::to_string(openFlags) + std::to_string(permissionFlags) + ";";
-  return 5;
-}
-int ZAVO_CALL myRead(int file, void*, unsigned count) {
-  calls += "read " + std::to_string(file) + std::to_string(count) + ";";
-  return 6;
-}
-int ZAVO_CALL myWrite(int file, const void*, unsigned count) {
-  calls += "write " + std::to_string(file) + std::to_string(count) + ";";
-  return 7;
-}
-unsigned ZAVO_CALL mySeek(int file, int offset, int origin) {
-  calls += "seek " + std::to_string(file) + std::to_string(offset) + std::to_string(origin) + ";";
-  return 8;
-}
-int ZAVO_CALL myClose(int file) {
-  calls += "close " + std::to_string(file) + ";";
-  return 9;
-}
+// A function of the application that notes its arguments.
+template <typename Function, int result>
+struct Noting;
+template <typename Result, typename... Arguments, int result>
+struct Noting<Result(ZAVO_CALL*)(Arguments...), result> {
+  static Result ZAVO_CALL call(Arguments... arguments) {
+    seen = {(intptr_t)arguments...};
+    return result;
+  }
+};
 
 struct Table {
   IoOpenFunction open = nullptr;
@@ -150,7 +129,9 @@ Table exchanged(Table table) {
 
 TEST(RedirectedIo, GoesToTheApplicationOfTheThread) {
   const Table defaults{&Zv_OsOpen, &Zv_OsRead, &Zv_OsWrite, &Zv_OsSeek, &Zv_OsClose};
-  const Table mine{&myOpen, &myRead, &myWrite, &mySeek, &myClose};
+  const Table mine{&Noting<IoOpenFunction, 5>::call, &Noting<IoReadFunction, 6>::call,
+                   &Noting<IoWriteFunction, 7>::call, &Noting<IoSeekFunction, 8>::call,
+                   &Noting<IoCloseFunction, 9>::call};
   EXPECT_EQ(exchanged({}), defaults);
   EXPECT_EQ(exchanged(mine), defaults);
   EXPECT_EQ(exchanged({}), mine);
@@ -158,17 +139,23 @@ TEST(RedirectedIo, GoesToTheApplicationOfTheThread) {
   std::thread([&] { elsewhere = exchanged({}); }).join();
   EXPECT_EQ(elsewhere, defaults);
 
-  calls.clear();
-  EXPECT_EQ(Zv_RedirectedOpen("n", 1, 2), 5);
-  EXPECT_EQ(Zv_RedirectedRead(3, nullptr, 4), 6);
-  EXPECT_EQ(Zv_RedirectedWrite(5, nullptr, 6), 7);
+  const auto expectSeen = [](const std::vector<intptr_t>& arguments) { EXPECT_EQ(seen, arguments); };
+  char data[1] = {};
+  const auto where = reinterpret_cast<intptr_t>(data);
+  EXPECT_EQ(Zv_RedirectedOpen(data, 1, 2), 5);
+  expectSeen({where, 1, 2});
+  EXPECT_EQ(Zv_RedirectedRead(3, data, 4), 6);
+  expectSeen({3, where, 4});
+  EXPECT_EQ(Zv_RedirectedWrite(5, data, 6), 7);
+  expectSeen({5, where, 6});
   EXPECT_EQ(Zv_RedirectedSeek(7, -8, 1), 8u);
+  expectSeen({7, -8, 1});
   EXPECT_EQ(Zv_RedirectedClose(9), 9);
-  EXPECT_EQ(calls, "open n12;read 34;write 56;seek 7-81;close 9;");
+  expectSeen({9});
 
-  Zv_RedirectIO(nullptr, &myRead, nullptr, nullptr, nullptr);
+  Zv_RedirectIO(nullptr, mine.read, nullptr, nullptr, nullptr);
   Table expected = defaults;
-  expected.read = &myRead;
+  expected.read = mine.read;
   EXPECT_EQ(exchanged({}), expected);
   EXPECT_EQ(Zv_FilterIO(nullptr, nullptr, nullptr, nullptr, nullptr),
             Zv_RedirectIO(nullptr, nullptr, nullptr, nullptr, nullptr));

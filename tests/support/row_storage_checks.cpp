@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
+#include "support/platform_watch.h"
 #include "support/run_model.h"
 #include "support/test_bitmap.h"
 
@@ -154,88 +155,97 @@ void checkSegments(int memoryType) {
 
 void checkCompressedRows(int memoryType) {
   std::mt19937 random(22);
-  for (const int width : {1, 5, 8, 9, 31, 32, 33, 64, 100, 130}) {
+  for (const unsigned width : {1u, 5u, 8u, 9u, 31u, 32u, 33u, 64u, 100u, 130u}) {
     constexpr unsigned rows = 4;
-    LockedBitmap bitmap(width, rows, 1, memoryType);
+    LockedBitmap bitmap(static_cast<int>(width), rows, 1, memoryType);
     ASSERT_TRUE(bitmap.allocated());
-    const auto pixelCount = static_cast<size_t>(width);
-    std::vector<Pixels> model(rows, Pixels(pixelCount, false));
-    const Bytes blank(bitmap.BytesPerLine);
-    for (unsigned row = 0; row < rows; ++row) Zv_PutBitmapRow(&bitmap, blank.data(), row, bitmap.BytesPerLine);
+    std::vector<Pixels> model(rows, Pixels(width, false));
     Bytes workRow(bitmap.BytesPerLine);
+    for (unsigned row = 0; row < rows; ++row) Zv_PutBitmapRow(&bitmap, workRow.data(), row, bitmap.BytesPerLine);
     for (int step = 0; step < 60; ++step) {
       SCOPED_TRACE(testing::Message() << "width " << width << " step " << step);
-      uint8_t* work = step % 2 == 0 ? workRow.data() : nullptr;
-      unsigned row = static_cast<unsigned>(random() % rows);
-      if (step % 4 == 0) {
-        // Whole rows; more than there are.
-        Bytes records;
-        for (unsigned r = row; r < rows; ++r) {
-          model[r] = randomPixels(random, pixelCount);
-          const Bytes one = recordOf(model[r]);
-          append(records, one.data(), one.size());
+      uint8_t* work = random() % 2 == 0 ? workRow.data() : nullptr;
+      const bool puts = step % 2 == 0;
+      // Whole rows, now and then more than there are; or a piece, now and then going on in the next row.
+      const bool whole = step % 4 < 2;
+      const auto row = static_cast<unsigned>(random() % rows);
+      const auto column = whole ? 0 : static_cast<unsigned>(random() % width);
+      const auto count = static_cast<unsigned>(whole           ? random() % (rows + 2) * width
+                                               : step % 5 == 0 ? width - column + random() % width
+                                                               : random() % (width - column + 1));
+      Bytes records;
+      int bytes = 0;
+      for (unsigned r = row, start = column, left = count; left > 0 && r < rows; ++r, start = 0) {
+        const unsigned taken = std::min(left, width - start);
+        Pixels piece = puts ? randomPixels(random, taken) : part(model[r], start, taken);
+        append(records, recordOf(piece));
+        left -= taken;
+        bytes += static_cast<int>(taken + 7) / 8;
+        if (!isRunLength(bitmap) && puts) {
+          // Whole bytes are written, from a rounded column on, the unused bits as zeros.
+          start = start / 8 * 8;
+          piece.resize((taken + 7) / 8 * 8);
         }
-        ASSERT_EQ(Zv_PutBitmapRowCompressed(&bitmap, work, records.data(), row, rows + 2), KSUCCESS);
-      } else if (step % 4 == 1) {
-        Bytes expected;
-        for (unsigned r = row; r < rows; ++r) {
-          const Bytes one = recordOf(model[r]);
-          append(expected, one.data(), one.size());
-        }
-        Bytes records(expected.size());
-        ASSERT_EQ(Zv_GetBitmapRowCompressed(&bitmap, work, records.data(), row, rows), KSUCCESS);
-        ASSERT_EQ(records, expected);
+        for (size_t i = 0; puts && i < piece.size() && start + i < width; ++i) model[r][start + i] = piece[i];
+      }
+      records.resize(records.size() + 4, filler);
+      if (puts) {
+        const int status = whole ? Zv_PutBitmapRowCompressed(&bitmap, work, records.data(), row, count / width)
+                                 : Zv_PutBitmapRowColCompressed(&bitmap, work, records.data(), row, column, count);
+        ASSERT_EQ(status, whole || isRunLength(bitmap) ? KSUCCESS : bytes);
       } else {
-        // A piece, now and then going on in the next row.
-        const auto column = static_cast<unsigned>(random() % pixelCount);
-        auto count = static_cast<unsigned>(random() % (pixelCount - column + 1));
-        if (step % 5 == 0 && row + 1 < rows) count = static_cast<unsigned>(pixelCount - column + random() % pixelCount);
-        const unsigned firstCount = std::min(count, static_cast<unsigned>(pixelCount) - column);
-        const unsigned secondCount = count - firstCount;
-        if (step % 4 == 2) {
-          const Pixels first = randomPixels(random, firstCount), second = randomPixels(random, secondCount);
-          Bytes records = recordOf(first);
-          if (secondCount > 0) {
-            const Bytes one = recordOf(second);
-            append(records, one.data(), one.size());
-          }
-          const auto place = [&](Pixels& target, unsigned start, const Pixels& piece) {
-            size_t covered = piece.size();
-            if (!isRunLength(bitmap)) {
-              // Whole bytes are written, from a rounded column on, the unused bits as zeros.
-              start = start / 8 * 8;
-              covered = (covered + 7) / 8 * 8;
-            }
-            for (size_t i = 0; i < covered && start + i < target.size(); ++i) {
-              target[start + i] = i < piece.size() && piece[i];
-            }
-          };
-          place(model[row], column, first);
-          if (secondCount > 0) place(model[row + 1], 0, second);
-          const unsigned bytes = (firstCount + 7) / 8 + (secondCount + 7) / 8;
-          ASSERT_EQ(Zv_PutBitmapRowColCompressed(&bitmap, work, records.data(), row, column, count),
-                    isRunLength(bitmap) ? KSUCCESS : static_cast<int>(bytes));
-        } else if (count > 0) {
-          Bytes expected = recordOf(part(model[row], column, firstCount));
-          if (secondCount > 0) {
-            const Bytes one = recordOf(part(model[row + 1], 0, secondCount));
-            append(expected, one.data(), one.size());
-          }
-          expected.resize(expected.size() + 4, filler);
-          Bytes records(expected.size(), filler);
-          ASSERT_EQ(Zv_GetBitmapRowColCompressed(&bitmap, work, records.data(), row, column, count), KSUCCESS);
-          ASSERT_EQ(records, expected);
-        }
+        Bytes made(records.size(), filler);
+        const int status = whole ? Zv_GetBitmapRowCompressed(&bitmap, work, made.data(), row, count / width)
+                                 : Zv_GetBitmapRowColCompressed(&bitmap, work, made.data(), row, column, count);
+        ASSERT_EQ(status, KSUCCESS);
+        ASSERT_EQ(made, records);
       }
       ASSERT_EQ(pixelsOf(bitmap), model);
     }
-    uint8_t record[1000] = {};
-    EXPECT_EQ(Zv_GetBitmapRowColCompressed(&bitmap, nullptr, record, 0, static_cast<unsigned>(width), 1),
-              KERR_BAD_PARAMETER);
-    EXPECT_EQ(Zv_PutBitmapRowColCompressed(&bitmap, nullptr, record, 0, static_cast<unsigned>(width), 1),
-              KERR_BAD_PARAMETER);
+    uint8_t record[8] = {};
+    EXPECT_EQ(Zv_GetBitmapRowColCompressed(&bitmap, nullptr, record, 0, width, 1), KERR_BAD_PARAMETER);
+    EXPECT_EQ(Zv_PutBitmapRowColCompressed(&bitmap, nullptr, record, 0, width, 1), KERR_BAD_PARAMETER);
     EXPECT_EQ(Zv_GetBitmapRowCompressed(&bitmap, nullptr, record, rows, 1), KSUCCESS);
     EXPECT_EQ(Zv_PutBitmapRowCompressed(&bitmap, nullptr, record, rows + 7, 1), KSUCCESS);
+  }
+}
+
+void checkHeightChanges(int memoryType) {
+  std::mt19937 random(5);
+  for (const int bits : {1, 3, 8, 24}) {
+    for (const int height : {1, 4, 5, 6, 40}) {
+      for (const bool refused : {false, true}) {
+        SCOPED_TRACE(testing::Message() << bits << " bits, height " << height << ", refused " << refused);
+        TestBitmap bitmap(37, 5, bits, memoryType);
+        if (refused && !isRunLength(bitmap)) continue;
+        const bool isGlobalMemory = bitmap.Data == nullptr;
+        fillWithNoise(bitmap, random);
+        Picture expected = pictureOf(bitmap);
+        bitmap.CachedRow = 4;
+        bitmap.CachedRowOffset = 4 * bitmap.BytesPerLine;
+        const bool changes = height != 5;
+        {
+          const Refusal refusal("GlobalReAlloc", refused ? 1 : 1000);
+          ASSERT_EQ(Zv_ChangeBitmapHeight(&bitmap, height), changes && refused ? KERR_NO_MEMORY : KSUCCESS);
+        }
+        EXPECT_EQ(bitmap.CachedRow, changes && !refused ? 0 : 4);
+        // Run-length rows are given up even when their table then cannot shrink.
+        ASSERT_EQ(bitmap.Height, refused ? std::min(height, 5) : height);
+        const unsigned bytes = bitmap.BytesPerLine * static_cast<unsigned>(height);
+        EXPECT_EQ(bitmap.DataSize, isRunLength(bitmap) ? 0x40000 : bytes);
+        // A new file or block of memory is larger than its rows.
+        const unsigned held = isFile(bitmap)   ? GetFileSize(bitmap.StorageHandle, nullptr) - (changes ? 0 : 1)
+                              : isGlobalMemory ? GlobalSize(bitmap.StorageHandle) - (changes ? 0 : 16)
+                                               : bytes;
+        EXPECT_EQ(held, bytes);
+        Picture changed = pictureOf(bitmap);
+        expected.height = bitmap.Height;
+        expected.pixels.resize(changed.pixels.size());
+        // Rows added to global memory are undefined.
+        if (isGlobalMemory && height > 5) std::fill(changed.pixels.begin() + 5 * 37, changed.pixels.end(), 0);
+        EXPECT_EQ(changed, expected);
+      }
+    }
   }
 }
 

@@ -10,5 +10,7 @@ void checkRowAccess(int memoryType);
 void checkSegments(int memoryType);
 // Rows and pieces of 1-bit bitmaps exchanged as run records.
 void checkCompressedRows(int memoryType);
+// Rows that stay and rows that are added when the height changes.
+void checkHeightChanges(int memoryType);
 
 }  // namespace zavotest

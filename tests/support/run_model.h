@@ -63,28 +63,20 @@ inline std::vector<uint16_t> runsOf(const Pixels& pixels) {
   return runs;
 }
 
-inline void append(Bytes& bytes, const void* data, size_t count) {
-  const auto* from = static_cast<const uint8_t*>(data);
-  bytes.insert(bytes.end(), from, from + count);
+inline void append(Bytes& bytes, const Bytes& more) {
+  bytes.insert(bytes.end(), more.begin(), more.end());
 }
 
 inline Bytes record(const std::vector<uint16_t>& runs) {
-  Bytes bytes;
   const auto entries = static_cast<uint32_t>(runs.size());
-  append(bytes, &entries, 4);
-  append(bytes, runs.data(), runs.size() * 2);
+  Bytes bytes(4 + runs.size() * 2);
+  memcpy(bytes.data(), &entries, 4);
+  if (!runs.empty()) memcpy(bytes.data() + 4, runs.data(), runs.size() * 2);
   return bytes;
 }
 
 inline Bytes recordOf(const Pixels& pixels) {
   return record(runsOf(pixels));
-}
-
-// The record at `data`, byte for byte.
-inline Bytes recordAt(const uint8_t* data) {
-  uint32_t entries;
-  memcpy(&entries, data, 4);
-  return Bytes(data, data + 4 + entries * 2);
 }
 
 }  // namespace zavotest
