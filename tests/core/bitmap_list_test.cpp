@@ -45,7 +45,7 @@ TEST(BitmapList, FollowsAPlainModel) {
   BitmapListHandle list = nullptr;
   ASSERT_EQ(Zv_CreateBitmapList(&list), KSUCCESS);
   Marks model;
-  for (unsigned number = 1; number <= 3000; ++number) {
+  for (unsigned number = 1; number <= 1500; ++number) {
     const auto size = static_cast<unsigned>(model.size());
     const unsigned index = random() % 20 == 0 ? 0xFFFFFFFFu : random() % (size + 2);
     const bool inside = index < size;

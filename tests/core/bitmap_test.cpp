@@ -99,17 +99,4 @@ TEST(FreeBitmap, DeletesAttachmentsUnlessToldOtherwise) {
   Zv_FreeBitmap(nullptr);
 }
 
-TEST(VersionInfo, FixedLayout) {
-  uint8_t expected[104] = {};
-  memcpy(expected, "VANTRIXOS\xAE DLL for Win32", 24);
-  expected[64] = 8;
-  memcpy(expected + 72, "Nov 18 1997", 11);
-  memcpy(expected + 88, "11:18:37", 8);
-  VersionRecord record;
-  memset(&record, 0xFF, sizeof record);
-  ASSERT_EQ(Zv_VersionInfo(&record), KSUCCESS);
-  EXPECT_EQ(memcmp(&record, expected, sizeof expected), 0);
-  EXPECT_EQ(Zv_VersionInfo(nullptr), KERR_BAD_PARAMETER);
-}
-
 }  // namespace

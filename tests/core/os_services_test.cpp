@@ -99,7 +99,7 @@ TEST(OsFiles, ReadWriteAndSeek) {
 
 // --- Redirection
 
-std::vector<intptr_t> seen;
+std::vector<std::vector<intptr_t>> seen;
 
 // A function of the application that notes its arguments.
 template <typename Function, int result>
@@ -107,7 +107,7 @@ struct Noting;
 template <typename Result, typename... Arguments, int result>
 struct Noting<Result(ZAVO_CALL*)(Arguments...), result> {
   static Result ZAVO_CALL call(Arguments... arguments) {
-    seen = {(intptr_t)arguments...};
+    seen.push_back({(intptr_t)arguments...});
     return result;
   }
 };
@@ -139,19 +139,16 @@ TEST(RedirectedIo, GoesToTheApplicationOfTheThread) {
   std::thread([&] { elsewhere = exchanged({}); }).join();
   EXPECT_EQ(elsewhere, defaults);
 
-  const auto expectSeen = [](const std::vector<intptr_t>& arguments) { EXPECT_EQ(seen, arguments); };
   char data[1] = {};
   const auto where = reinterpret_cast<intptr_t>(data);
   EXPECT_EQ(Zv_RedirectedOpen(data, 1, 2), 5);
-  expectSeen({where, 1, 2});
   EXPECT_EQ(Zv_RedirectedRead(3, data, 4), 6);
-  expectSeen({3, where, 4});
   EXPECT_EQ(Zv_RedirectedWrite(5, data, 6), 7);
-  expectSeen({5, where, 6});
   EXPECT_EQ(Zv_RedirectedSeek(7, -8, 1), 8u);
-  expectSeen({7, -8, 1});
   EXPECT_EQ(Zv_RedirectedClose(9), 9);
-  expectSeen({9});
+  const std::vector<std::vector<intptr_t>> expectedCalls = {
+      {where, 1, 2}, {3, where, 4}, {5, where, 6}, {7, -8, 1}, {9}};
+  EXPECT_EQ(seen, expectedCalls);
 
   Zv_RedirectIO(nullptr, mine.read, nullptr, nullptr, nullptr);
   Table expected = defaults;

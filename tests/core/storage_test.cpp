@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <random>
+#include <set>
+#include <span>
 
 #include "core/row_table.h"
 #include "support/platform_watch.h"
@@ -96,6 +99,7 @@ TEST(RunLengthStorage, HeapSizes) {
     EXPECT_EQ(bitmap.DataSize, step);
     EXPECT_EQ(Zv_GrowBitmapHeap(&bitmap, step), 1);
     EXPECT_EQ(bitmap.DataSize, 2 * step);
+    EXPECT_EQ(Zv_GrowBitmapHeap(&bitmap, 0xFFFFFFFF), 0) << "more than 32 bits can say";
     const Refusal refusal("GlobalReAlloc", 1, Repeat::fromThenOn);
     EXPECT_EQ(Zv_GrowBitmapHeap(&bitmap, 10 * step), 0);
     EXPECT_EQ(Zv_TrimBitmapHeap(&bitmap), 0);
@@ -105,6 +109,73 @@ TEST(RunLengthStorage, HeapSizes) {
   for (BitmapHandle* bitmap : std::initializer_list<BitmapHandle*>{nullptr, &none, &plain}) {
     EXPECT_EQ(Zv_TrimBitmapHeap(bitmap), KERR_BAD_PARAMETER);
     EXPECT_EQ(Zv_GrowBitmapHeap(bitmap, 1), KERR_BAD_PARAMETER);
+  }
+}
+
+// The heap's blocks follow one another to its end, but for 24 bytes that each trim leaves, and are linked both ways.
+// Free ones are never side by side and all on the free list; the used ones are those of the rows, not much larger than
+// they.
+void expectWholeHeap(const BitmapHandle& bitmap) {
+  const zavo::RowTable& table = zavo::rowTable(bitmap);
+  const auto blockAt = [&](uint32_t offset) {
+    return *reinterpret_cast<const zavo::RunHeapBlock*>(reinterpret_cast<const uint8_t*>(table.heap) + offset);
+  };
+  std::set<uint32_t> freeBlocks, listed, usedBlocks, rows;
+  uint32_t previous = 0, end = 12;
+  for (uint32_t offset = 12; offset != 0; offset = blockAt(offset).next) {
+    const zavo::RunHeapBlock block = blockAt(offset);
+    ASSERT_EQ(offset, end);
+    ASSERT_EQ(block.previous, previous);
+    ASSERT_FALSE(block.inUse == 0 && freeBlocks.contains(previous));
+    ASSERT_TRUE(block.inUse == 0 || block.payloadBytes % 4 == 0);
+    (block.inUse == 0 ? freeBlocks : usedBlocks).insert(offset);
+    previous = offset;
+    end = offset + 24 + block.payloadBytes;
+  }
+  ASSERT_EQ(table.heap->lastBlock, previous);
+  ASSERT_EQ((table.heap->totalBytes - end) % 24, 0u);
+  previous = 0;
+  for (uint32_t offset = table.heap->firstFree; offset != 0; offset = blockAt(offset).nextFree) {
+    ASSERT_EQ(blockAt(offset).previousFree, previous);
+    ASSERT_TRUE(listed.insert(offset).second);
+    previous = offset;
+  }
+  ASSERT_EQ(listed, freeBlocks);
+  for (const auto& [block, entries] : std::span(table.rows, static_cast<size_t>(bitmap.Height))) {
+    if (block == 0) continue;
+    rows.insert(block);
+    ASSERT_LE(2 * entries, blockAt(block).payloadBytes);
+    ASSERT_GE(2 * entries + 3 + 24, blockAt(block).payloadBytes);
+  }
+  ASSERT_EQ(rows, usedBlocks);
+}
+
+TEST(RunLengthStorage, HeapStaysWholeInRandomUse) {
+  constexpr unsigned seed = 8;
+  std::mt19937 random(seed);
+  TestBitmap bitmap(6000, 20, 1, runLength);
+  std::vector<uint8_t> model(bitmap.BytesPerLine * 20);
+  for (int step = 0; step < 3000; ++step) {
+    SCOPED_TRACE(testing::Message() << "seed " << seed << ", step " << step);
+    const unsigned choice = random() % 20;
+    if (choice == 0) {
+      Zv_TrimBitmapHeap(&bitmap);
+    } else if (choice == 1) {
+      ASSERT_EQ(Zv_GrowBitmapHeap(&bitmap, random() % 100000), 1);
+    } else if (choice == 2) {
+      ASSERT_EQ(Zv_ChangeBitmapHeight(&bitmap, static_cast<int>(1 + random() % 40)), KSUCCESS);
+      model.resize(bitmap.BytesPerLine * static_cast<unsigned>(bitmap.Height));
+    } else {
+      // From a few runs, where splitting a block changes its mind, to rows that make the heap grow.
+      const unsigned row = random() % static_cast<unsigned>(bitmap.Height);
+      uint8_t* bits = model.data() + row * bitmap.BytesPerLine;
+      const unsigned dense = random() % 4 != 0 ? random() % 8 : random() % 750;
+      std::fill_n(bits, 750, uint8_t{0});
+      for (unsigned i = 0; i < dense; ++i) bits[i] = static_cast<uint8_t>(random());
+      ASSERT_EQ(Zv_PutBitmapRow(&bitmap, bits, row, bitmap.BytesPerLine), static_cast<int>(bitmap.BytesPerLine));
+    }
+    expectWholeHeap(bitmap);
+    ASSERT_EQ(bytesOf(bitmap), model);
   }
 }
 

@@ -12,11 +12,12 @@ Picture pictureOf(BitmapHandle& bitmap) {
   const int wasLocked = Zv_LockBitmap(&bitmap);
   for (int y = 0; y < bitmap.Height; ++y) {
     Zv_GetBitmapRow(&bitmap, row.data(), static_cast<unsigned>(y), bitmap.BytesPerLine);
-    size_t bit = 0;
+    const auto bits = static_cast<size_t>(bitmap.BitsPerPixel);
     for (int x = 0; x < bitmap.Width; ++x) {
-      for (int k = 0; k < bitmap.BitsPerPixel; ++k, ++bit) {
-        picture.at(x, y) = picture.at(x, y) << 1 | (row[bit / 8] >> (7 - bit % 8) & 1u);
-      }
+      const size_t end = static_cast<size_t>(x + 1) * bits;
+      uint64_t bytes = 0;  // those that hold the pixel
+      for (size_t at = (end - bits) / 8; at * 8 < end; ++at) bytes = bytes << 8 | row[at];
+      picture.at(x, y) = static_cast<uint32_t>(bytes >> (7 - (end + 7) % 8) & ((uint64_t{1} << bits) - 1));
     }
   }
   Zv_UnlockBitmap(&bitmap, wasLocked);
