@@ -128,6 +128,7 @@ void expectWholeHeap(const BitmapHandle& bitmap) {
     ASSERT_EQ(block.previous, previous);
     ASSERT_FALSE(block.inUse == 0 && freeBlocks.contains(previous));
     ASSERT_TRUE(block.inUse == 0 || block.payloadBytes % 4 == 0);
+    ASSERT_NE(block.payloadBytes, 0u);
     (block.inUse == 0 ? freeBlocks : usedBlocks).insert(offset);
     previous = offset;
     end = offset + 24 + block.payloadBytes;

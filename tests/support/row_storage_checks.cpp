@@ -122,6 +122,7 @@ void checkSegments(int memoryType) {
         for (unsigned column = random() % 4; column + columnOffset < columns; column += random() % 12) {
           const unsigned room = columns - columnOffset - column;
           const unsigned count = std::min<unsigned>(room, 1 + random() % (round % 3 == 0 ? 2000 : 20));
+          if (random() % 8 == 0) segments.insert(segments.end(), {column + 1, column});
           segments.insert(segments.end(), {column, column + count});
           column += count + 1;
         }
