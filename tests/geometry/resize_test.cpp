@@ -1,10 +1,10 @@
-// Resizing to the nearest pixels, against the rule pixel by pixel.
+// Resizing to the nearest pixels, whole, into another bitmap and row by row, against the rule pixel by pixel.
 #include <zavo.h>
 
-#include <climits>
+#include <cstddef>
+#include <cstring>
 #include <gtest/gtest.h>
 
-#include "support/progress_log.h"
 #include "support/snapshot.h"
 #include "support/test_bitmap.h"
 
@@ -23,213 +23,160 @@ Picture nearest(const Picture& source, int width, int height) {
   return result;
 }
 
-Picture upsideDown(const Picture& picture) {
-  Picture result(picture.width, picture.height);
-  for (int y = 0; y < picture.height; ++y) {
-    for (int x = 0; x < picture.width; ++x) result.at(x, y) = picture.at(x, picture.height - 1 - y);
-  }
-  return result;
-}
-
 // Every bit past the last pixel of every row is zero.
 void expectCleanPadding(BitmapHandle& bitmap) {
-  std::vector<uint8_t> row(bitmap.BytesPerLine);
-  const auto used = static_cast<size_t>(bitmap.Width) * static_cast<size_t>(bitmap.BitsPerPixel);
-  for (int y = 0; y < bitmap.Height; ++y) {
-    const int wasLocked = Zv_LockBitmap(&bitmap);
-    Zv_GetBitmapRow(&bitmap, row.data(), static_cast<unsigned>(y), bitmap.BytesPerLine);
-    Zv_UnlockBitmap(&bitmap, wasLocked);
-    for (size_t bit = used; bit < row.size() * 8; ++bit) ASSERT_EQ(row[bit / 8] >> (7 - bit % 8) & 1, 0);
+  const std::vector<uint8_t> bytes = bytesOf(bitmap);
+  const size_t used = static_cast<size_t>(bitmap.Width) * static_cast<size_t>(bitmap.BitsPerPixel);
+  for (size_t row = 0; row < bytes.size(); row += bitmap.BytesPerLine) {
+    for (size_t bit = used; bit < bitmap.BytesPerLine * 8; ++bit) {
+      ASSERT_EQ(bytes[row + bit / 8] >> (7 - bit % 8) & 1, 0) << "bit " << bit;
+    }
   }
+}
+
+// Scales rows of a bitmap in place, in order or on a walk that turns and jumps.
+//
+// From the second row on, whatever came before decides by its number alone: the row after it and a row jumped to get
+// their own count, the row before it that of the row before that.
+void scaleRows(BitmapHandle& bitmap, int newWidth, int newHeight, bool inOrder, std::mt19937& random) {
+  const int width = bitmap.Width, height = bitmap.Height, bits = bitmap.BitsPerPixel;
+  const Picture scaled = nearest(pictureOf(bitmap), newWidth, height);
+  const std::vector<uint8_t> stored = bytesOf(bitmap);
+  const auto bytesFor = [&](int pixels) { return (static_cast<unsigned>(pixels * bits) + 7) / 8; };
+  const bool sameSize = width == newWidth && height == newHeight;
+  const auto ownCount = [&](int row) {
+    row = (row + height) % height;
+    return sameSize ? 1 : (row + 1) * newHeight / height - row * newHeight / height;
+  };
+  TestBitmap result(newWidth, height, bits);
+  Picture expected(newWidth, height);
+  ResizeState* state = nullptr;
+  ASSERT_EQ(Zv_StartResize(width, height, newWidth, newHeight, &state), KSUCCESS);
+  int row = inOrder ? 0 : static_cast<int>(random() % static_cast<unsigned>(height));
+  int last = row;
+  // Rows go on from the first as if it had been row 0, until the walk turns or jumps.
+  bool settled = row == 0;
+  for (int step = 0; step < (inOrder ? height : 8); ++step) {
+    std::vector<uint8_t> buffer(stored.begin() + row * static_cast<int>(bitmap.BytesPerLine), stored.end());
+    const size_t longer = bytesFor(std::max(width, newWidth));
+    buffer.resize(longer);
+    buffer.resize(longer + 4, 0xA5);
+    const std::vector<uint8_t> before = buffer;
+    int madeWidth = 0, copies = -1;
+    const int count = Zv_Resize(buffer.data(), row, bits, &madeWidth, &copies, state);
+    ASSERT_EQ(count, step == 0         ? ownCount(0)
+                     : row == last - 1 ? ownCount(row - 1)
+                                       : ownCount(row))
+        << last << " to " << row;
+    ASSERT_EQ(copies, count);
+    ASSERT_EQ(madeWidth, newWidth);
+    for (size_t i = longer; i < buffer.size(); ++i) ASSERT_EQ(buffer[i], 0xA5) << "byte behind the longer row";
+    if (count == 0) {
+      ASSERT_EQ(buffer, before) << "a dropped row";
+    } else {
+      ASSERT_GT(Zv_PutBitmapRow(&result, buffer.data(), static_cast<unsigned>(row), bytesFor(newWidth)), 0);
+      for (int x = 0; x < newWidth; ++x) expected.at(x, row) = scaled.at(x, row);
+    }
+    last = row;
+    const unsigned turn = inOrder ? 1 : random() % 4;
+    if (turn == 0) row = static_cast<int>(random() % static_cast<unsigned>(height));
+    if (turn == 1) row = (last + 1) % height;
+    if (turn >= 2) row = (last + height - 1) % height;
+    if (row == last + 1 && !settled) row = last;
+    settled = true;
+  }
+  EXPECT_EQ(Zv_StopResize(state), KSUCCESS);
+  ASSERT_TRUE(pictureOf(result) == expected);
 }
 
 class Resize : public testing::TestWithParam<int> {};
 INSTANTIATE_TEST_SUITE_P(Depths, Resize, testing::ValuesIn(allDepths));
 
-TEST_P(Resize, InPlaceTakesTheNearestPixels) {
+TEST_P(Resize, TakesTheNearestPixels) {
   const int bits = GetParam();
   std::mt19937 random(31);
-  for (int trial = 0; trial < 120; ++trial) {
-    const int from[] = {static_cast<int>(random() % 130 + 1), static_cast<int>(random() % 12 + 1)};
-    const int to[] = {trial < 40 ? trial + 1 : static_cast<int>(random() % 130 + 1),
-                      static_cast<int>(random() % 12 + 1)};
-    SCOPED_TRACE(testing::Message() << "trial " << trial << ": " << from[0] << " x " << from[1] << " to " << to[0]
-                                    << " x " << to[1]);
-    TestBitmap bitmap(from[0], from[1], bits);
-    ASSERT_TRUE(bitmap.allocated());
-    fillWithNoise(bitmap, random);
-    const Picture before = pictureOf(bitmap);
-    ASSERT_EQ(Zv_SizeBitmap(&bitmap, to[0], to[1], 0), KSUCCESS);
-    ASSERT_EQ(bitmap.Width, to[0]);
-    ASSERT_EQ(bitmap.Height, to[1]);
-    ASSERT_TRUE(pictureOf(bitmap) == nearest(before, to[0], to[1]));
-    if (from[0] != to[0] || from[1] != to[1]) expectCleanPadding(bitmap);
+  for (int newWidth = 1; newWidth <= 130; ++newWidth) {
+    const int others[] = {newWidth, newWidth * 2, (newWidth + 1) / 2, static_cast<int>(random() % 200 + 1)};
+    for (const int oldWidth : others) {
+      const int oldHeight = static_cast<int>(random() % 4 + 1);
+      const int newHeight = random() % 3 == 0 ? oldHeight : static_cast<int>(random() % 7 + 1);
+      SCOPED_TRACE(testing::Message() << oldWidth << " x " << oldHeight << " to " << newWidth << " x " << newHeight);
+      TestBitmap bitmap(oldWidth, oldHeight, bits);
+      fillWithNoise(bitmap, random);
+      scaleRows(bitmap, newWidth, newHeight, random() % 2 == 0, random);
+      if (HasFatalFailure()) return;
+
+      // Coloured pictures of 1 bit favour no black.
+      if (bits <= 8) giveRandomPalette(bitmap, random);
+      bitmap.ViewPerspective = VIEW_TURNED_90;
+      bitmap.XResolution = 11;
+      bitmap.DitheringMethod = 3;
+      bitmap.Reserved1 = 99;
+      bitmap.PlaybackDelay = 500;
+      BitmapHandle kept = bitmap;
+      const Picture before = pictureOf(bitmap);
+      const std::vector<PALETTEENTRY> colors = colorsOf(bitmap);
+      ASSERT_EQ(Zv_SizeBitmap(&bitmap, newWidth, newHeight, random() % 2 == 0 ? SIZE_FAVOR_BLACK : 0), KSUCCESS);
+      ASSERT_TRUE(pictureOf(bitmap) == nearest(before, newWidth, newHeight));
+      if (newWidth != oldWidth || newHeight != oldHeight) expectCleanPadding(bitmap);
+      kept.DataSize = bitmap.DataSize;
+      ASSERT_EQ(
+          memcmp(&bitmap.ViewPerspective, &kept.ViewPerspective, sizeof kept - offsetof(BitmapHandle, ViewPerspective)),
+          0);
+      const std::vector<PALETTEENTRY> colorsNow = colorsOf(bitmap);
+      ASSERT_EQ(memcmp(colorsNow.data(), colors.data(), colors.size() * sizeof colors[0]), 0);
+    }
   }
 }
 
+// Rows change places where one of the two is bottom-up; a quarter turn of the source comes first.
 TEST_P(Resize, IntoAnotherBitmapAsSeen) {
+  static constexpr int views[] = {0, VIEW_UPRIGHT, VIEW_BOTTOM_UP, VIEW_TURNED_90, VIEW_TURNED_270, 77};
   std::mt19937 random(32);
-  for (const int sourceView : {0, 1, 2, 77}) {
-    for (const int destinationView : {0, 1, 2, 77}) {
-      SCOPED_TRACE(testing::Message() << sourceView << " to " << destinationView);
-      TestBitmap source(23, 10, GetParam()), destination(40, 7, GetParam());
+  for (const int sourceView : views) {
+    for (const int view : views) {
+      SCOPED_TRACE(testing::Message() << sourceView << " to " << view);
+      const int width = static_cast<int>(random() % 50 + 1), height = static_cast<int>(random() % 30 + 1);
+      TestBitmap source(23, 10, GetParam()), destination(width, height, GetParam()), turned;
       source.ViewPerspective = sourceView;
-      destination.ViewPerspective = destinationView;
+      destination.ViewPerspective = view;
       fillWithNoise(source, random);
       fillWithNoise(destination, random);
-      const Picture before = pictureOf(source);
       const Snapshot unchanged(source);
       ASSERT_EQ(Zv_ResizeBitmap(&source, &destination), KSUCCESS);
-      EXPECT_TRUE(unchanged.unchanged());
-      const Picture expected = nearest(before, 40, 7);
-      const bool turned = (sourceView == VIEW_BOTTOM_UP) != (destinationView == VIEW_BOTTOM_UP);
-      EXPECT_TRUE(pictureOf(destination) == (turned ? upsideDown(expected) : expected));
+      ASSERT_TRUE(unchanged.unchanged());
+      const Picture result = pictureOf(destination);
+      const auto isTurned = [](int code) { return code == VIEW_TURNED_90 || code == VIEW_TURNED_270; };
+      if (isTurned(sourceView) || isTurned(view)) {
+        ASSERT_EQ(Zv_ChangeBitmapViewPerspective(&turned, &source, view), KSUCCESS);
+        ASSERT_TRUE(result == nearest(pictureOf(turned), width, height));
+        continue;
+      }
+      const Picture expected = nearest(pictureOf(source), width, height);
+      const bool flips = (sourceView == VIEW_BOTTOM_UP) != (view == VIEW_BOTTOM_UP);
+      for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) ASSERT_EQ(result.at(x, y), expected.at(x, flips ? height - 1 - y : y));
+      }
     }
   }
-}
-
-// What is seen upright is the source's picture resized, however either is stored.
-TEST_P(Resize, IntoAnotherBitmapOfATurnedView) {
-  std::mt19937 random(33);
-  const auto upright = [](BitmapHandle& bitmap) {
-    TestBitmap copy;
-    EXPECT_EQ(Zv_ChangeBitmapViewPerspective(&copy, &bitmap, VIEW_UPRIGHT), KSUCCESS);
-    return pictureOf(copy);
-  };
-  for (const int sourceView : {1, 2, 4, 8}) {
-    for (const int destinationView : {1, 2, 4, 8}) {
-      if (sourceView < 4 && destinationView < 4) continue;
-      SCOPED_TRACE(testing::Message() << sourceView << " to " << destinationView);
-      // Halving and doubling name the same pixels from either end of a row.
-      const bool turned = (sourceView >= 4) != (destinationView >= 4);
-      TestBitmap source(12, 10, GetParam()), destination(turned ? 20 : 24, turned ? 24 : 20, GetParam());
-      source.ViewPerspective = sourceView;
-      destination.ViewPerspective = destinationView;
-      fillWithNoise(source, random);
-      const Snapshot unchanged(source);
-      const Picture before = upright(source);
-      ASSERT_EQ(Zv_ResizeBitmap(&source, &destination), KSUCCESS);
-      EXPECT_TRUE(unchanged.unchanged());
-      EXPECT_TRUE(upright(destination) == nearest(before, before.width * 2, before.height * 2));
-    }
-  }
-}
-
-TEST(SizeBitmap, ShrinkingTenColumnsToThreeTakesTheFirstFourthAndSeventh) {
-  TestBitmap bitmap(10, 1, 8);
-  const unsigned char row[12] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
-  ASSERT_EQ(Zv_PutBitmapRow(&bitmap, row, 0, 12), 12);
-  ASSERT_EQ(Zv_SizeBitmap(&bitmap, 3, 1, 0), KSUCCESS);
-  const Picture picture = pictureOf(bitmap);
-  EXPECT_EQ(picture.pixels, (std::vector<uint32_t>{0, 3, 6}));
-}
-
-TEST(SizeBitmap, KeepsWhatTheImageIsSeenWith) {
-  TestBitmap bitmap(10, 10, 4);
-  RGBQUAD colors[16];
-  for (unsigned i = 0; i < 16; ++i) colors[i] = {static_cast<BYTE>(i * 3), 1, 2, 0};
-  ASSERT_EQ(Zv_PutBitmapColors(&bitmap, 0, 16, colors), KSUCCESS);
-  bitmap.ViewPerspective = VIEW_TURNED_90;
-  bitmap.XResolution = 11;
-  bitmap.YResolution = 12;
-  bitmap.DitheringMethod = 3;
-  bitmap.Reserved1 = 99;
-  bitmap.PlaybackDelay = 500;
-  ASSERT_EQ(Zv_SizeBitmap(&bitmap, 3, 4, 0), KSUCCESS);
-  EXPECT_EQ(bitmap.ViewPerspective, VIEW_TURNED_90);
-  EXPECT_EQ(bitmap.XResolution, 11);
-  EXPECT_EQ(bitmap.YResolution, 12);
-  EXPECT_EQ(bitmap.DitheringMethod, 3);
-  EXPECT_EQ(bitmap.Reserved1, 99u);
-  EXPECT_EQ(bitmap.PlaybackDelay, 500u);
-  RGBQUAD kept[16];
-  ASSERT_EQ(Zv_GetBitmapColors(&bitmap, 0, 16, kept), KSUCCESS);
-  EXPECT_EQ(memcmp(kept, colors, sizeof kept), 0);
 }
 
 TEST(SizeBitmap, ScalesTheRegionAlong) {
   for (const unsigned flags : {0u, unsigned{SIZE_RESAMPLE}, unsigned{SIZE_FAVOR_BLACK}}) {
-    SCOPED_TRACE(flags);
     TestBitmap bitmap(20, 30, 1);
     const RECT rect = {3, 9, 9, 21};
     ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &rect, CombineSet), KSUCCESS);
     ASSERT_EQ(Zv_SizeBitmap(&bitmap, 10, 90, flags), KSUCCESS);
-    RECT bounds;
-    ASSERT_EQ(Zv_GetBitmapRgnBounds(&bitmap, nullptr, &bounds), KSUCCESS);
-    const RECT expected = {1, 27, 4, 63};
-    EXPECT_EQ(memcmp(&bounds, &expected, sizeof bounds), 0);
-    unsigned area = 0;
-    EXPECT_EQ(Zv_GetBitmapRgnArea(&bitmap, &area), KSUCCESS);
-    EXPECT_EQ(area, 3u * 36u);
+    EXPECT_TRUE(regionExtentOf(bitmap) == (RegionExtent{3 * 36, {1, 27, 4, 63}})) << flags;
   }
 }
 
-TEST(SizeBitmap, SameSizeTouchesNothing) {
-  TestBitmap bitmap(10, 7, 8);
-  const BitmapHandle before = bitmap;
-  const ProgressLog log(1, 5);
-  EXPECT_EQ(Zv_SizeBitmap(&bitmap, 10, 7, 0), KSUCCESS);
-  EXPECT_EQ(memcmp(&before, &bitmap, sizeof before), 0);
-  EXPECT_TRUE(log.percents.empty());
-}
-
-TEST(SizeBitmap, RefusesWhatCannotBe) {
-  TestBitmap bitmap(10, 7, 24);
-  const Snapshot snapshot(bitmap);
-  const struct {
-    int width, height, status;
-  } cases[] = {{0, 5, KERR_EMPTY},
-               {5, 0, KERR_EMPTY},
-               {0, 0, KERR_EMPTY},
-               {-1, 5, KERR_NO_MEMORY},
-               {5, -1, KERR_NO_MEMORY},
-               {-5, -5, KERR_NO_MEMORY},
-               {INT_MAX, INT_MAX, KERR_NO_MEMORY},
-               {INT_MIN, INT_MIN, KERR_NO_MEMORY},
-               {70000, 70000, KERR_NO_MEMORY}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.width << " x " << c.height);
-    EXPECT_EQ(Zv_SizeBitmap(&bitmap, c.width, c.height, 0), c.status);
-    EXPECT_TRUE(snapshot.unchanged());
-  }
-  BitmapHandle empty{};
-  EXPECT_EQ(Zv_SizeBitmap(nullptr, 5, 5, 0), KERR_BAD_PARAMETER);
-  EXPECT_EQ(Zv_SizeBitmap(&empty, 5, 5, 0), KERR_BAD_PARAMETER);
-}
-
-TEST(ResizeBitmap, RefusesWhatCannotBe) {
-  TestBitmap a(4, 4, 8), b(5, 5, 24);
-  BitmapHandle empty{};
-  EXPECT_EQ(Zv_ResizeBitmap(nullptr, &a), KERR_BAD_BITMAP);
-  EXPECT_EQ(Zv_ResizeBitmap(&a, nullptr), KERR_BAD_BITMAP);
-  EXPECT_EQ(Zv_ResizeBitmap(&a, &empty), KERR_BAD_BITMAP);
-  EXPECT_EQ(Zv_ResizeBitmap(&empty, &a), KERR_BAD_BITMAP);
-  EXPECT_EQ(Zv_ResizeBitmap(&a, &b), KERR_BAD_PARAMETER);
-}
-
-// Percent k rows later is floor(100 k / rows); above 100 rows only changes are reported.
-TEST(SizeBitmap, ReportsProgressAndStops) {
-  for (const int height : {1, 3, 7, 100, 101, 250}) {
-    SCOPED_TRACE(height);
-    std::vector<int> expected = {0};
-    for (int row = 1; row <= height; ++row) {
-      const int percent = 100 * row / height;
-      if (height <= 100 || percent != expected.back()) expected.push_back(percent);
-    }
-    TestBitmap bitmap(5, 50, 8);
-    {
-      const ProgressLog log;
-      ASSERT_EQ(Zv_SizeBitmap(&bitmap, 6, height, 0), KSUCCESS);
-      EXPECT_EQ(log.percents, expected);
-    }
-    for (const size_t stop : {size_t{1}, expected.size() / 2 + 1, expected.size()}) {
-      const Snapshot snapshot(bitmap);
-      const ProgressLog log(stop, 42);
-      EXPECT_EQ(Zv_SizeBitmap(&bitmap, 7, height, 0), 42);
-      EXPECT_EQ(log.percents.size(), stop);
-      EXPECT_TRUE(snapshot.unchanged());
-    }
-  }
+TEST(RowScaler, StateHoldsTheSteppingInOrder) {
+  ResizeState* state = nullptr;
+  ASSERT_EQ(Zv_StartResize(10, 3, 4, 7, &state), KSUCCESS);
+  const int expected[14] = {-1, 0, 10, 3, 4, 7, 2, 2, 0, 0, 2, 1, 0, 0};
+  EXPECT_EQ(memcmp(state, expected, sizeof expected), 0);
+  Zv_StopResize(state);
 }
 
 }  // namespace

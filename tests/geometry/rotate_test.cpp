@@ -1,4 +1,4 @@
-// Rotation of bitmaps, the perspectives it works in, and the sine table behind it.
+// Rotation by any angle, and the sine table behind it.
 #include <zavo.h>
 
 #include <cmath>
@@ -7,8 +7,6 @@
 #include <numbers>
 #include <random>
 
-#include "support/progress_log.h"
-#include "support/snapshot.h"
 #include "support/test_bitmap.h"
 
 namespace {
@@ -16,38 +14,6 @@ namespace {
 using namespace zavotest;
 
 constexpr COLORREF indexZero = 0x01000000;
-constexpr int perspectives[] = {VIEW_UPRIGHT, VIEW_BOTTOM_UP, VIEW_TURNED_90, VIEW_TURNED_270};
-
-// One clockwise quarter at a time, straight from the rule: what was on the left comes to the top.
-Picture turned(const Picture& picture, int quarters) {
-  if (quarters == 0) return picture;
-  Picture once(picture.height, picture.width);
-  for (int y = 0; y < picture.height; ++y) {
-    for (int x = 0; x < picture.width; ++x) once.at(picture.height - 1 - y, x) = picture.at(x, y);
-  }
-  return turned(once, quarters - 1);
-}
-
-// The picture as a user sees it.
-Picture seen(BitmapHandle& bitmap) {
-  Picture picture = pictureOf(bitmap);
-  switch (bitmap.ViewPerspective) {
-    case VIEW_BOTTOM_UP: {
-      Picture upright = picture;
-      for (int y = 0; y < picture.height; ++y) {
-        for (int x = 0; x < picture.width; ++x) upright.at(x, y) = picture.at(x, picture.height - 1 - y);
-      }
-      return upright;
-    }
-    case VIEW_TURNED_90:
-      return turned(picture, 1);
-    case VIEW_TURNED_270:
-      return turned(picture, 3);
-    default:
-      return picture;
-  }
-}
-
 TEST(SineTable, QuarterWaveMirroredIntoAllQuarters) {
   const struct {
     int angle, value;
@@ -60,90 +26,6 @@ TEST(SineTable, QuarterWaveMirroredIntoAllQuarters) {
     ASSERT_EQ(Zv_SinValue(18000 - angle), Zv_SinValue(angle));
     ASSERT_EQ(Zv_SinValue(18000 + angle), -Zv_SinValue(angle));
   }
-}
-
-TEST(Rotate, QuarterTurnsAreExactAtEveryDepthAndStorage) {
-  std::mt19937 random(30);
-  for (const int bits : allDepths) {
-    for (const int memoryType : {int{ALLOC_MEMORY}, ALLOC_MEMORY | ALLOC_RUNLENGTH}) {
-      for (const auto& [width, height] : {std::pair(1, 1), {9, 5}, {64, 64}, {131, 70}, {17, 530}, {530, 17}}) {
-        for (const int quarters : {1, 2, 3}) {
-          SCOPED_TRACE(testing::Message() << bits << " bits, " << width << " x " << height << ", " << quarters);
-          TestBitmap bitmap(width, height, bits, memoryType);
-          fillWithNoise(bitmap, random);
-          bitmap.XResolution = 200;
-          bitmap.YResolution = 100;
-          const Picture before = pictureOf(bitmap);
-          ASSERT_EQ(Zv_IntRotateBitmapFine(&bitmap, quarters * 9000, ROTATE_RESIZE, indexZero), KSUCCESS);
-          ASSERT_TRUE(pictureOf(bitmap) == turned(before, quarters));
-          ASSERT_EQ(bitmap.XResolution, quarters == 2 ? 200 : 100) << "resolution goes with the rows";
-        }
-      }
-    }
-  }
-}
-
-TEST(Rotate, TurnsTheSeenPictureClockwise) {
-  std::mt19937 random(31);
-  for (const int perspective : perspectives) {
-    for (const int quarters : {1, 2, 3}) {
-      SCOPED_TRACE(testing::Message() << perspective << " by " << quarters);
-      TestBitmap bitmap(12, 7, 8);
-      fillWithNoise(bitmap, random);
-      bitmap.ViewPerspective = perspective;
-      const Picture before = seen(bitmap);
-      ASSERT_EQ(Zv_RotateBitmap(&bitmap, quarters * 90 - 720, ROTATE_RESIZE, indexZero), KSUCCESS);
-      EXPECT_EQ(bitmap.ViewPerspective, perspective);
-      EXPECT_TRUE(seen(bitmap) == turned(before, quarters));
-
-      const Picture now = seen(bitmap);
-      const unsigned char* pixels = bitmap.Data;
-      ASSERT_EQ(Zv_RotateBitmapViewPerspective(&bitmap, quarters * 90), KSUCCESS);
-      EXPECT_TRUE(seen(bitmap) == turned(now, quarters));
-      if (perspective == VIEW_UPRIGHT && quarters != 2) {
-        EXPECT_EQ(bitmap.Data, pixels) << "no pixel moves";
-      }
-    }
-  }
-  TestBitmap bitmap(4, 4, 8), empty;
-  EXPECT_EQ(Zv_RotateBitmapViewPerspective(&bitmap, 45), KERR_BAD_PARAMETER);
-  EXPECT_EQ(Zv_RotateBitmapViewPerspective(&empty, 90), KERR_BAD_BITMAP);
-}
-
-TEST(ChangePerspective, ShowsTheSamePictureInEveryOther) {
-  std::mt19937 random(32);
-  for (const int from : perspectives) {
-    for (const int to : perspectives) {
-      for (const int memoryType : {int{ALLOC_MEMORY}, ALLOC_MEMORY | ALLOC_RUNLENGTH}) {
-        SCOPED_TRACE(testing::Message() << from << " to " << to);
-        TestBitmap bitmap(21, 9, 1, memoryType);
-        fillWithNoise(bitmap, random);
-        bitmap.ViewPerspective = from;
-        const RECT box = {2, 3, 7, 8};
-        ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &box, CombineSet), KSUCCESS);
-        const Picture before = seen(bitmap);
-        RECT seenBox = box;
-        Zv_RectFromBitmap(&bitmap, VIEW_UPRIGHT, &seenBox);
-
-        const ProgressLog log;
-        TestBitmap copy;
-        ASSERT_EQ(Zv_ChangeBitmapViewPerspective(&copy, &bitmap, to), KSUCCESS);
-        EXPECT_EQ(bitmap.ViewPerspective, from);
-        ASSERT_EQ(Zv_ChangeBitmapViewPerspective(nullptr, &bitmap, to), KSUCCESS);
-        EXPECT_TRUE(log.percents.empty()) << "no progress is reported";
-        for (BitmapHandle* changed : {static_cast<BitmapHandle*>(&copy), static_cast<BitmapHandle*>(&bitmap)}) {
-          EXPECT_EQ(changed->ViewPerspective, to);
-          EXPECT_TRUE(seen(*changed) == before);
-          RECT bounds;
-          ASSERT_EQ(Zv_GetBitmapRgnBounds(changed, nullptr, &bounds), KSUCCESS);
-          Zv_RectFromBitmap(changed, VIEW_UPRIGHT, &bounds);
-          EXPECT_TRUE(EqualRect(&bounds, &seenBox));
-        }
-      }
-    }
-  }
-  BitmapHandle empty{};
-  EXPECT_EQ(Zv_ChangeBitmapViewPerspective(nullptr, &empty, VIEW_UPRIGHT), KERR_BAD_PARAMETER);
 }
 
 // Every pixel of a finely turned image is the source pixel under its centre, or the fill colour.
@@ -198,44 +80,6 @@ TEST(Rotate, ResamplingBlendsEdgesAndKeepsFlatPartsFlat) {
     EXPECT_GT(flat, 18);
     EXPECT_GE(between, 1) << "the edge is smoothed";
   }
-}
-
-TEST(Rotate, RegionTurnsAlong) {
-  TestBitmap bitmap(60, 40, 8);
-  const RECT box = {10, 5, 30, 15};
-  ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &box, CombineSet), KSUCCESS);
-  ASSERT_EQ(Zv_IntRotateBitmapFine(&bitmap, 9000, ROTATE_RESIZE, 0), KSUCCESS);
-  RECT bounds;
-  const RECT expected = {25, 10, 35, 30};
-  ASSERT_EQ(Zv_GetBitmapRgnBounds(&bitmap, nullptr, &bounds), KSUCCESS);
-  EXPECT_TRUE(EqualRect(&bounds, &expected));
-  ASSERT_EQ(Zv_IntRotateBitmapFine(&bitmap, 3300, ROTATE_RESIZE, 0), KSUCCESS);
-  unsigned area = 0;
-  ASSERT_EQ(Zv_GetBitmapRgnArea(&bitmap, &area), KSUCCESS);
-  EXPECT_NEAR(area, 200, 20);
-
-  TestBitmap cut(100, 10, 8);
-  const RECT end = {90, 0, 100, 10};
-  ASSERT_EQ(Zv_SetBitmapRgnRect(&cut, nullptr, &end, CombineSet), KSUCCESS);
-  ASSERT_EQ(Zv_IntRotateBitmapFine(&cut, 9000, 0, 0), KSUCCESS);
-  EXPECT_EQ(Zv_BitmapHasRgn(&cut), 1);
-  ASSERT_EQ(Zv_GetBitmapRgnArea(&cut, &area), KSUCCESS);
-  EXPECT_EQ(area, 0u) << "a region turned out of the picture is empty, not everything";
-}
-
-TEST(Rotate, AbortLeavesTheBitmapWhole) {
-  TestBitmap bitmap(33, 21, 24);
-  std::mt19937 random(34);
-  fillWithNoise(bitmap, random);
-  const Snapshot before(bitmap);
-  for (const int angle : {9000, 18000, 3000}) {
-    const ProgressLog log(2, -5);
-    EXPECT_EQ(Zv_RotateBitmapFine(&bitmap, angle, ROTATE_RESIZE, 0), -5);
-    EXPECT_TRUE(before.unchanged());
-  }
-  EXPECT_EQ(Zv_RotateBitmapFine(&bitmap, 36000, ROTATE_RESIZE, 0), KSUCCESS);
-  EXPECT_TRUE(before.unchanged()) << "a whole turn does nothing";
-  EXPECT_EQ(Zv_RotateBitmapFine(nullptr, 100, 0, 0), KERR_BAD_BITMAP);
 }
 
 }  // namespace

@@ -1,14 +1,13 @@
-// Stepping and the row stretch, held against floor(k * n / m) pixel by pixel.
+// Whole and partial stretched rows, held against floor(k * n / m) pixel by pixel.
 #include "geometry/row_stretch.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
 #include <random>
-#include <vector>
 
 #include "core/module.h"
 #include "core/sizes.h"
-#include "geometry/stepping.h"
+#include "support/test_bitmap.h"
 
 namespace {
 
@@ -25,127 +24,60 @@ namespace {
 
 using namespace zavo;
 
-constexpr int depths[] = {1, 2, 3, 4, 5, 6, 7, 8, 16, 24, 32};
-constexpr uint8_t sentinel = 0xA5;
+constexpr size_t roomBytes = 4096;
 
 // Bit `index` of a packed row, most significant first; enough to compare pixels of every depth.
 unsigned bitAt(const std::vector<uint8_t>& row, uint64_t index) {
   return row[static_cast<size_t>(index / 8)] >> (7 - index % 8) & 1;
 }
 
-TEST(Stepping, NamesTheFloorOfTheRatioBothWays) {
-  std::mt19937 random(11);
-  const unsigned edges[] = {1, 2, 3, 5, 7, 100, 65535, 65536, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
-  for (int trial = 0; trial < 2000; ++trial) {
-    SCOPED_TRACE(trial);
-    const unsigned n = trial % 2 == 0 ? edges[random() % std::size(edges)] : random() % 1000 + 1;
-    const unsigned m = trial % 3 == 0 ? edges[random() % std::size(edges)] : random() % 1000 + 1;
-    const unsigned first = random() % m;
-    Stepping stepping(n, m, first);
-    unsigned k = first;
-    const auto expected = [&] { return static_cast<unsigned>(uint64_t{k} * n / m); };
-    for (int i = 0; i < 20 && k + 1 < m; ++i) {
-      ASSERT_EQ(stepping.position(), expected());
-      const unsigned before = stepping.position();
-      const unsigned moved = stepping.advance();
-      ++k;
-      ASSERT_EQ(moved, stepping.position() - before);
-    }
-    for (int i = 0; i < 40 && k > 0; ++i) {
-      ASSERT_EQ(stepping.position(), expected());
-      const unsigned before = stepping.position();
-      const unsigned moved = stepping.retreat();
-      --k;
-      ASSERT_EQ(moved, before - stepping.position());
-    }
-    ASSERT_EQ(stepping.position(), expected());
-  }
-}
-
-struct StretchCase {
-  StretchSpan span;
-  int bits;
-};
-
-// Every bit of the made part, its unused bits, and the bytes around it. The source ends at the end of a page that is
-// followed by one that cannot be read, so that reading past a row shows at once.
-void check(const StretchCase& c, std::mt19937& random) {
-  const auto bits = static_cast<unsigned>(c.bits);
-  const int held = static_cast<int>(c.span.sourceWidth) + c.span.sourceShift;
-  const auto sourceBytes = static_cast<size_t>(packedBytesFor(static_cast<unsigned>(held), bits));
-  constexpr size_t page = 4096;
-  const size_t pages = (sourceBytes + page - 1) / page * page;
-  auto* guarded = static_cast<uint8_t*>(VirtualAlloc(nullptr, pages + page, MEM_RESERVE, PAGE_NOACCESS));
-  ASSERT_NE(guarded, nullptr);
-  ASSERT_NE(VirtualAlloc(guarded, pages, MEM_COMMIT, PAGE_READWRITE), nullptr);
-  uint8_t* source = guarded + pages - sourceBytes;
-  std::vector<uint8_t> copy(sourceBytes);
-  for (auto& byte : copy) byte = static_cast<uint8_t>(random());
-  memcpy(source, copy.data(), sourceBytes);
-
-  const auto bytes = static_cast<size_t>(packedBytesFor(c.span.count, bits));
-  std::vector<uint8_t> made(bytes + 8, sentinel);
+// Every bit of the made part, its unused bits, and the bytes behind it. The source ends at `sourceEnd`.
+void check(const StretchSpan& span, unsigned bits, uint8_t* sourceEnd, std::mt19937& random) {
+  const auto held = static_cast<unsigned>(static_cast<int>(span.sourceWidth) + span.sourceShift);
+  std::vector<uint8_t> source(static_cast<size_t>(packedBytesFor(held, bits)));
+  for (auto& byte : source) byte = static_cast<uint8_t>(random());
+  ASSERT_LE(source.size(), roomBytes);
+  memcpy(sourceEnd - source.size(), source.data(), source.size());
+  const auto bytes = static_cast<size_t>(packedBytesFor(span.count, bits));
+  std::vector<uint8_t> made(bytes + 8, 0xA5);
   RowStretch stretch;
-  ASSERT_EQ(stretch.plan(c.span, c.bits), KSUCCESS);
-  stretch.stretch(made.data(), source);
-  VirtualFree(guarded, 0, MEM_RELEASE);
+  ASSERT_EQ(stretch.plan(span, static_cast<int>(bits)), KSUCCESS);
+  stretch.stretch(made.data(), sourceEnd - source.size());
 
-  for (unsigned i = 0; i < c.span.count; ++i) {
-    const auto from = static_cast<int64_t>(uint64_t{c.span.first + i} * c.span.sourceWidth / c.span.destinationWidth) +
-                      c.span.sourceShift;
+  for (unsigned i = 0; i < span.count; ++i) {
+    const uint64_t from = uint64_t{span.first + i} * span.sourceWidth / span.destinationWidth;
+    const auto at = static_cast<uint64_t>(static_cast<int64_t>(from) + span.sourceShift);
     for (unsigned bit = 0; bit < bits; ++bit) {
-      ASSERT_EQ(bitAt(made, uint64_t{i} * bits + bit), bitAt(copy, static_cast<uint64_t>(from) * bits + bit))
-          << "pixel " << i;
+      ASSERT_EQ(bitAt(made, i * bits + bit), bitAt(source, at * bits + bit)) << "pixel " << i;
     }
   }
-  for (uint64_t bit = uint64_t{c.span.count} * bits; bit < bytes * 8; ++bit) ASSERT_EQ(bitAt(made, bit), 0u);
-  for (size_t i = bytes; i < made.size(); ++i) ASSERT_EQ(made[i], sentinel);
+  for (uint64_t bit = span.count * bits; bit < bytes * 8; ++bit) ASSERT_EQ(bitAt(made, bit), 0u);
+  for (size_t i = bytes; i < made.size(); ++i) ASSERT_EQ(made[i], 0xA5);
 }
 
-TEST(RowStretch, WholeRowsOfEveryDepthAndWidth) {
-  std::mt19937 random(12);
-  for (const int bits : depths) {
-    for (unsigned width = 1; width <= 130; ++width) {
-      const unsigned others[] = {width, 2 * width, 4 * width, (width + 1) / 2, random() % 300 + 1};
-      for (const unsigned other : others) {
-        SCOPED_TRACE(testing::Message() << bits << " bits, " << other << " to " << width);
-        check({{width, other, 0, width, 0}, bits}, random);
-        if (HasFatalFailure()) return;
-      }
-    }
-  }
-}
-
-TEST(RowStretch, TriplesWithoutByteShuffles) {
-  std::mt19937 random(14);
-  useSsse3 = false;
-  for (unsigned width = 1; width <= 70; ++width) {
-    SCOPED_TRACE(width);
-    check({{width, 2 * width, 0, width, 0}, 24}, random);
-    check({{2 * width, width, 0, 2 * width, 0}, 24}, random);
-  }
-  useSsse3 = true;
-}
-
-TEST(RowStretch, PartsOfRowsFromAnyPixelOn) {
+TEST(RowStretch, TakesTheSourceOfEveryPixel) {
+  // Reading past a source row shows at once: a page follows that cannot be touched.
+  auto* room = static_cast<uint8_t*>(VirtualAlloc(nullptr, 2 * roomBytes, MEM_RESERVE, PAGE_NOACCESS));
+  ASSERT_NE(VirtualAlloc(room, roomBytes, MEM_COMMIT, PAGE_READWRITE), nullptr);
   std::mt19937 random(13);
-  for (int trial = 0; trial < 3000; ++trial) {
-    const unsigned destinationWidth = random() % 200 + 1;
-    const unsigned widths[] = {random() % 200 + 1, destinationWidth, destinationWidth * 2, destinationWidth * 4,
-                               (destinationWidth + 1) / 2};
+  for (int trial = 0; trial < 9000 && !HasFatalFailure(); ++trial) {
+    const unsigned width = trial % 3 == 0 ? static_cast<unsigned>(trial) / 3 % 130 + 1 : random() % 200 + 1;
+    const unsigned widths[] = {random() % 200 + 1, width, width * 2, width * 4, (width + 1) / 2};
     const unsigned sourceWidth = widths[random() % std::size(widths)];
-    const unsigned first = random() % destinationWidth;
-    const unsigned count = random() % (destinationWidth - first + 1);
+    const bool whole = trial % 3 == 0;
+    const unsigned first = whole ? 0 : random() % width;
+    const unsigned count = whole ? width : random() % (width - first + 1);
     // The memory handed in may begin before the source row or within it, up to the first pixel needed.
-    const auto firstSource = static_cast<int>(uint64_t{first} * sourceWidth / destinationWidth);
-    const int shift =
-        trial % 2 == 0 ? static_cast<int>(random() % 20) : -static_cast<int>(random() % (firstSource + 1));
-    const int bits = depths[random() % std::size(depths)];
-    SCOPED_TRACE(testing::Message() << "trial " << trial << ": " << bits << " bits, " << sourceWidth << " to "
-                                    << destinationWidth << ", " << count << " from " << first << ", shift " << shift);
-    check({{destinationWidth, sourceWidth, first, count, shift}, bits}, random);
-    if (HasFatalFailure()) return;
+    const auto firstSource = static_cast<int>(first * sourceWidth / width);
+    const int within = -static_cast<int>(random() % static_cast<unsigned>(firstSource + 1));
+    const int shift = random() % 2 == 0 ? static_cast<int>(random() % 20) : within;
+    const auto bits = static_cast<unsigned>(zavotest::allDepths[random() % std::size(zavotest::allDepths)]);
+    useSsse3 = random() % 2 == 0;
+    SCOPED_TRACE(testing::Message() << "trial " << trial << ": " << bits << " bits, " << sourceWidth << " to " << width
+                                    << ", " << count << " from " << first << ", shift " << shift);
+    check({width, sourceWidth, first, count, shift}, bits, room + roomBytes, random);
   }
+  VirtualFree(room, 0, MEM_RELEASE);
 }
 
 }  // namespace
