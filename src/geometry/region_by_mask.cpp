@@ -2,10 +2,12 @@
 #include "geometry/region_by_mask.h"
 
 #include <cstring>
+#include <utility>
 
 #include "core/memory.h"
 #include "core/rows.h"
-#include "region/region.h"
+#include "region/combine_shape.h"
+#include "region/region_color.h"
 
 namespace zavo {
 
@@ -35,11 +37,14 @@ int makeRegionMask(OwnedBitmap& mask, const BitmapHandle& bitmap) {
 // An empty shape never replaces a region. So the target gets an empty region first, which stays when no pixel of the
 // mask is 1.
 int setRegionFromMask(BitmapHandle& target, BitmapHandle& mask) {
+  constexpr COLORREF insideMask = 0x01000001;  // the mask has no palette: its index says it
+  OwnedRegion shape;
+  if (const int status = makeColorRegion(shape, mask, insideMask); status != KSUCCESS) return status;
   const RECT all = {0, 0, target.Width, target.Height};
   if (const int status = Zv_SetBitmapRgnRect(&target, nullptr, &all, CombineAndNotBitmap); status != KSUCCESS) {
     return status;
   }
-  return Zv_SetBitmapRgnFromMask(&target, nullptr, &mask, CombineSet);
+  return combineShape(target, std::move(shape), CombineSet);
 }
 
 }  // namespace zavo
