@@ -29,12 +29,6 @@ PointSet pointsOf(const BitmapHandle& bitmap) {
   return set;
 }
 
-PointSet pointsOf(HRGN region, int width, int height) {
-  PointSet set(width, height);
-  set.fill([&](int x, int y) { return PtInRegion(region, x, y) != 0; });
-  return set;
-}
-
 testing::AssertionResult isWellFormed(const BitmapHandle& bitmap) {
   const BitmapRegion* const region = bitmap.Region;
   if (region == nullptr) return testing::AssertionSuccess();

@@ -76,9 +76,6 @@ void PrintTo(const PointSet& set, std::ostream* out);
 // The pixels of a bitmap's region, by its clip segments.
 [[nodiscard]] PointSet pointsOf(const BitmapHandle& bitmap);
 
-// The pixels of a system region that lie in the area, by asking for each.
-[[nodiscard]] PointSet pointsOf(HRGN region, int width, int height);
-
 // The region object keeps its invariants, lies in the bitmap, and has no pixels outside `bitmap`.
 [[nodiscard]] testing::AssertionResult isWellFormed(const BitmapHandle& bitmap);
 

@@ -151,6 +151,29 @@ bool combined(int mode, bool existing, bool shape) {
   }
 }
 
+// The answers about a region, and about what lies outside the bitmap.
+void expectAnswers(BitmapHandle& bitmap, const PointSet& model) {
+  unsigned area = 0;
+  EXPECT_EQ(Zv_GetBitmapRgnArea(&bitmap, &area), KSUCCESS);
+  EXPECT_EQ(area, model.count());
+  for (int y = -2; y < bitmap.Height + 2; ++y) {
+    for (int x = -2; x < bitmap.Width + 2; ++x) ASSERT_EQ(Zv_IsPtInBitmapRgn(&bitmap, y, x), model.has(x, y) ? 1 : 0);
+  }
+  EXPECT_EQ(Zv_IsPtInBitmapRgn(&bitmap, 0x7FFFFFFF, 0), 0);
+  for (const int row : {-1, bitmap.Height, 0x7FFFFFFF}) {
+    unsigned count = 99;
+    int segments[2] = {};
+    EXPECT_EQ(Zv_GetBitmapClipSegments(&bitmap, row, segments, &count), KSUCCESS);
+    EXPECT_EQ(count, Zv_BitmapHasRgn(&bitmap) == 0 ? 2u : 0u) << "row " << row;
+  }
+  RECT bounds = {};
+  unsigned most = 0;
+  EXPECT_EQ(Zv_GetBitmapRgnBounds(&bitmap, nullptr, &bounds), KSUCCESS);
+  EXPECT_EQ(Zv_GetBitmapClipSegmentsMax(&bitmap, &most), KSUCCESS);
+  const auto width = static_cast<unsigned>(bounds.right - bounds.left);
+  EXPECT_EQ(most, Zv_BitmapHasRgn(&bitmap) == 0 ? 2u : (width + 1) / 2 * 2) << "room for single pixels";
+}
+
 TEST(RegionSequence, FollowsASetOfPixels) {
   static constexpr int perspectives[] = {1, 2, 4, 8};
   for (unsigned seed = 1; seed <= 60; ++seed) {
@@ -161,14 +184,20 @@ TEST(RegionSequence, FollowsASetOfPixels) {
     PointSet model(width, height);
     model.putRect({0, 0, width, height});
 
+    bool present = false;
     for (int step = 0; step < 25; ++step) {
       SCOPED_TRACE("seed " + std::to_string(seed) + ", step " + std::to_string(step));
       if (random() % 6 == 0) {
+        present = true;
         const int rows = between(random, -height / 2, height / 2);
         const int columns = between(random, -width / 2, width / 2);
         ASSERT_EQ(Zv_OffsetBitmapRgn(&bitmap, rows, columns), KSUCCESS);
         const PointSet before = model;
         model.fill([&](int x, int y) { return before.has(x - columns, y - rows); });
+      } else if (random() % 6 == 0) {
+        ASSERT_EQ(Zv_FreeBitmapRgn(&bitmap), KSUCCESS);
+        present = false;
+        model.putRect({0, 0, width, height});
       } else {
         Shape shape;
         makeShape(shape, random, width, height);
@@ -186,10 +215,13 @@ TEST(RegionSequence, FollowsASetOfPixels) {
           const PointSet pixels = covered(bitmap, shape.system, xform, vanished);
           const PointSet before = model;
           if (!vanished) model.fill([&](int x, int y) { return combined(mode, before.has(x, y), pixels.has(x, y)); });
+          present = present || !vanished;
         }
       }
       ASSERT_TRUE(isWellFormed(bitmap));
       ASSERT_EQ(pointsOf(bitmap), model);
+      ASSERT_EQ(Zv_BitmapHasRgn(&bitmap), present ? 1 : 0) << "an empty region is one";
+      expectAnswers(bitmap, model);
     }
   }
 }
