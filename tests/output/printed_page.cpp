@@ -15,6 +15,12 @@ std::string variable(const char* name) {
   return value == nullptr ? "" : value;
 }
 
+std::string defaultPrinter() {
+  char name[256];
+  DWORD size = sizeof name;
+  return GetDefaultPrinterA(name, &size) ? name : "";
+}
+
 // A binary pixmap of 8 bits a channel.
 Picture readPixmap(const std::string& path) {
   std::ifstream stream(path, std::ios::binary);
@@ -24,22 +30,10 @@ Picture readPixmap(const std::string& path) {
   stream.get();
   if (kind != "P6" || highest != 255) return {};
   Picture picture(width, height);
-  std::string bytes(picture.pixels.size() * 3, '\0');
-  stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  for (size_t i = 0; i < picture.pixels.size(); ++i) {
-    const auto channel = [&](size_t which) { return uint32_t{static_cast<uint8_t>(bytes[i * 3 + which])}; };
-    picture.pixels[i] = channel(0) << 16 | channel(1) << 8 | channel(2);
+  for (uint32_t& pixel : picture.pixels) {
+    for (int channel = 0; channel < 3; ++channel) pixel = pixel << 8 | static_cast<uint32_t>(stream.get());
   }
   return picture;
-}
-
-std::string wordAfter(const std::string& text, const std::string& label) {
-  const size_t at = text.find(label);
-  if (at == std::string::npos) return {};
-  std::istringstream rest(text.substr(at + label.size()));
-  std::string line;
-  std::getline(rest >> std::ws, line);
-  return line;
 }
 
 }  // namespace
@@ -48,18 +42,12 @@ std::string whyNoPrinter() {
   if (const std::string reason = variable("ZAVO_NO_PRINTER"); !reason.empty()) return "no printer: " + reason;
   if (variable("ZAVO_PRINTER").empty()) return "no printer: not run by script/printer";
   // Asking for its name makes Wine look up the printers.
-  char name[256];
-  DWORD size = sizeof name;
-  if (!GetDefaultPrinterA(name, &size)) return "no printer: the system knows of none";
-  if (variable("LPDEST") != name) return std::string("no printer: the default is another one, ") + name;
-  return {};
+  const std::string name = defaultPrinter();
+  return name == variable("LPDEST") ? "" : "no printer: the default is another one, or none: " + name;
 }
 
 PageSize defaultPageSize() {
-  char name[256];
-  DWORD size = sizeof name;
-  GetDefaultPrinterA(name, &size);
-  HDC dc = CreateICA("WINSPOOL", name, nullptr, nullptr);
+  HDC dc = CreateICA("WINSPOOL", defaultPrinter().c_str(), nullptr, nullptr);
   const PageSize page = {GetDeviceCaps(dc, HORZRES), GetDeviceCaps(dc, VERTRES), GetDeviceCaps(dc, LOGPIXELSX)};
   DeleteDC(dc);
   return page;
@@ -69,17 +57,15 @@ PrintedPage takePrintedPage() {
   PrintedPage page;
   const ScratchFolder folder;
   const std::string pdf = "'" + folder.unixFile("page.pdf") + "'";
-  const ShellResult taken = shell("\"$ZAVO_PRINTER\" --take " + pdf + " && pdfinfo " + pdf);
-  if (taken.exitCode != 0) {
-    page.trouble = taken.output;
-    return page;
-  }
-  page.pages = std::atoi(wordAfter(taken.output, "Pages:").c_str());
-  page.title = wordAfter(taken.output, "Title:");
-  const ShellResult drawn =
-      shell("pdftoppm -singlefile -aa no -aaVector no -r " + std::to_string(defaultPageSize().dpi) + " " + pdf + " '" +
-            folder.unixFile("page") + "'");
-  page.trouble = drawn.output;
+  const ShellResult taken =
+      shell("\"$ZAVO_PRINTER\" --take " + pdf + " >/dev/null && for what in Pages Title; do pdfinfo " + pdf +
+            " | sed -n \"s/^$what: *//p\"; done && pdftoppm -singlefile -aa no -aaVector no -r " +
+            std::to_string(defaultPageSize().dpi) + " " + pdf + " '" + folder.unixFile("page") + "'");
+  page.trouble = taken.output;
+  if (taken.exitCode != 0) return page;
+  std::istringstream lines(taken.output);
+  lines >> page.pages;
+  std::getline(lines >> std::ws, page.title);
   page.picture = readPixmap(folder.file("page.ppm"));
   return page;
 }

@@ -61,6 +61,7 @@ class ScreenWindow {
     DestroyWindow(window_);
   }
 
+  [[nodiscard]] HWND handle() const { return window_; }
   [[nodiscard]] HDC dc() const { return dc_; }
   void clear() const { PatBlt(dc_, 0, 0, width, height, BLACKNESS); }
 
