@@ -9,6 +9,7 @@
 #include "color/dither.h"
 #include "color/dither_rows.h"
 #include "core/memory.h"
+#include "core/status.h"
 
 namespace zavo {
 namespace {
@@ -154,8 +155,8 @@ void closeDitherRun(DitherRun* run) {
 using namespace zavo;
 
 int ZAVO_CALL Zv_StartDithering(BitmapHandle* bitmap, const RGBQUAD* palette, unsigned colorCount) {
-  if (bitmap == nullptr || colorCount == 0 || colorCount > 256) return KERR_BAD_PARAMETER;
-  Zv_StopDithering(bitmap);
+  if (const int status = Zv_StopDithering(bitmap); status != KSUCCESS) return status;
+  if (colorCount == 0 || colorCount > 256 || !isSupportedDepth(bitmap->BitsPerPixel)) return KERR_BAD_PARAMETER;
   DitherRun* run = nullptr;
   if (const int status = openForBitmap(run, *bitmap, palette, colorCount); status != KSUCCESS) return status;
   bitmap->DitherState = run;

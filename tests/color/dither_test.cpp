@@ -1,6 +1,7 @@
 // Dither runs against the slow model.
 #include <zavo.h>
 
+#include <climits>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -68,13 +69,18 @@ TEST(Dither, RefusesBadArguments) {
   EXPECT_EQ(Zv_StartDithering(nullptr, palette, 2), KERR_BAD_PARAMETER);
   EXPECT_EQ(Zv_StartDithering(&bitmap, nullptr, 0), KERR_BAD_PARAMETER);
   EXPECT_EQ(Zv_StartDithering(&bitmap, nullptr, 257), KERR_BAD_PARAMETER);
-  bitmap.BitsPerPixel = 12;
-  EXPECT_EQ(Zv_StartDithering(&bitmap, nullptr, 2), KERR_BAD_PARAMETER);
+  for (const int depth : {INT_MIN, -1, 0, 9, 12, 25, 33}) {
+    bitmap.BitsPerPixel = depth;
+    EXPECT_EQ(Zv_StartDithering(&bitmap, nullptr, 2), KERR_BAD_PARAMETER) << depth;
+  }
   bitmap.BitsPerPixel = 24;
   EXPECT_EQ(bitmap.DitherState, nullptr);
   EXPECT_EQ(Zv_DitherLine(&bitmap, row, result), KERR_BAD_PARAMETER) << "no run";
   EXPECT_EQ(Zv_StopDithering(&bitmap), KSUCCESS) << "no run";
 
+  ASSERT_EQ(Zv_StartDithering(&bitmap, palette, 2), KSUCCESS);
+  EXPECT_EQ(Zv_StartDithering(&bitmap, nullptr, 257), KERR_BAD_PARAMETER);
+  EXPECT_EQ(bitmap.DitherState, nullptr) << "closed all the same";
   ASSERT_EQ(Zv_StartDithering(&bitmap, palette, 2), KSUCCESS);
   ASSERT_EQ(Zv_StartDithering(&bitmap, nullptr, 2), KSUCCESS) << "again";
   EXPECT_EQ(Zv_DitherLine(nullptr, row, result), KERR_BAD_PARAMETER);
