@@ -1165,8 +1165,8 @@ ZAVO_API int ZAVO_CALL Zv_PaintDC(HDC dc, BitmapHandle* bitmap, const RECT* sour
  * @param rows             the rows, BytesPerLine bytes each; untouched
  * @param firstRow         stored row that the first of them stands for; rows outside the bitmap are left out
  * @param rowCount         their number; negative: that many run records of a 1-bit image
- * @return as Zv_PaintDC; KERR_BAD_BITMAP for a null bitmap or null rows; KERR_BAD_PARAMETER also for run records of
- *         another depth
+ * @return as Zv_PaintDC; KERR_BAD_BITMAP for a null bitmap or null rows; KERR_BAD_PARAMETER also for a depth other
+ *         than 1 to 8, 16, 24 and 32 and for run records of another depth than 1
  */
 ZAVO_API int ZAVO_CALL Zv_PaintDCBuffer(HDC dc, BitmapHandle* bitmap, const RECT* source, const RECT* sourceClip,
                                         const RECT* destination, const RECT* destinationClip, DWORD rop,

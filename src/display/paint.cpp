@@ -229,7 +229,7 @@ int ZAVO_CALL Zv_PaintDCBuffer(HDC dc, BitmapHandle* bitmap, const RECT* source,
   const int64_t count = runs ? -int64_t{rowCount} : int64_t{rowCount};
   const int64_t held = std::min(count, int64_t{bitmap->Height} - firstRow);
   const int64_t before = firstRow < 0 ? -int64_t{firstRow} : 0;
-  if (held <= before) return KSUCCESS;
+  if (held <= before || bitmap->Width <= 0) return KSUCCESS;
 
   OsBlock<uint8_t> expanded;
   if (runs) {

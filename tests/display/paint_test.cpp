@@ -254,6 +254,16 @@ TEST(Paint, RefusesMissingArguments) {
     EXPECT_EQ(paint(canvas.dc(), &bitmap, nullptr, rows.data(), 8), KERR_BAD_PARAMETER);
     EXPECT_EQ(paint(canvas.dc(), &bitmap, &all, rows.data(), -8), KERR_BAD_PARAMETER) << "run records of 8 bits";
   }
+  BitmapHandle record;
+  Zv_InitBitmap(&record, -5, 8, 1);
+  std::vector<uint8_t> records(8 * 136);
+  Zv_CompressRows(records.data(), rows.data(), 64, 8);
+  const auto paintRecord = [&](int count) {
+    return Zv_PaintDCBuffer(canvas.dc(), &record, nullptr, nullptr, &all, nullptr, SRCCOPY, records.data(), 0, count);
+  };
+  EXPECT_EQ(paintRecord(-8), KSUCCESS) << "a negative width";
+  record.BitsPerPixel = 9;
+  EXPECT_EQ(paintRecord(8), KERR_BAD_PARAMETER);
 }
 
 // Coordinates whose differences or products do not fit 32 bits.
