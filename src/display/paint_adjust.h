@@ -12,10 +12,10 @@ namespace zavo {
 // Rebuilds the thread's table from its three adjustments.
 void rebuildAdjustTable(ThreadSettings& settings);
 
-// A colour with every channel looked up in the table.
+// A colour with every channel looked up in the table; its fourth byte stays.
 [[nodiscard]] inline RGBQUAD adjusted(const ThreadSettings& settings, RGBQUAD color) {
   const uint8_t* table = settings.paintAdjustTable;
-  return {table[color.rgbBlue], table[color.rgbGreen], table[color.rgbRed], 0};
+  return {table[color.rgbBlue], table[color.rgbGreen], table[color.rgbRed], color.rgbReserved};
 }
 
 }  // namespace zavo

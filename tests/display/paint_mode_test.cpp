@@ -122,6 +122,13 @@ TEST(PaintPalette, IsTheTargetOfDitheringOrTheBitmapsOwn) {
     if (palette != nullptr) DeleteObject(palette);
   }
   TestBitmap bitmap(5, 5, 8);
+  RGBQUAD entry = {0, 0, 0, PC_NOCOLLAPSE};
+  ASSERT_EQ(Zv_PutBitmapColors(&bitmap, 0, 1, &entry), KSUCCESS);
+  PaintSettings::adjust(100, 0, 100);  // the colours only
+  HPALETTE adjusted = Zv_CreatePaintPalette(canvas.dc(), &bitmap);
+  Zv_GetPaletteEntries(adjusted, 0, 1, &entry);
+  EXPECT_TRUE(entry.rgbRed == 26 && entry.rgbReserved == PC_NOCOLLAPSE);
+  DeleteObject(adjusted);
   DeleteObject(bitmap.Palette);
   bitmap.Palette = nullptr;
   EXPECT_EQ(Zv_CreatePaintPalette(canvas.dc(), &bitmap), nullptr);
