@@ -25,7 +25,8 @@ int ColorHistogram::add(BitmapHandle& bitmap) {
   RGBQUAD palette[256];
   if (bitmap.BitsPerPixel <= 8) readPaletteOrFixed(bitmap, palette);
   RowConverter toColors;
-  const int prepared = toColors.prepare(bitmap.BitsPerPixel, 32, bitmap.ColorOrder, ORDER_BLUE_FIRST, palette, nullptr);
+  const int prepared =
+      toColors.prepare(bitmap.BitsPerPixel, 32, colorOrderOf(bitmap), ORDER_BLUE_FIRST, palette, nullptr);
   // A depth without colours has nothing to count.
   if (prepared != KSUCCESS) return KSUCCESS;
 

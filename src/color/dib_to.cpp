@@ -43,17 +43,11 @@ DibHeader headerOf(const BitmapHandle& bitmap, DibStyle style) {
   return header;
 }
 
-// The palette of a bitmap of up to 8 bits; the fixed one of its depth where it has none.
-void readColors(RGBQUAD colors[maxDibColors], const BitmapHandle& bitmap) {
-  if (readPalette(bitmap, colors) == 0)
-    std::copy_n(fixedPalette(bitmap.BitsPerPixel), 1u << bitmap.BitsPerPixel, colors);
-}
-
 int writeRows(uint8_t* dibRows, BitmapHandle& bitmap, const DibHeader& header, const RGBQUAD* colors) {
   const auto rowBytes = static_cast<unsigned>(header.rowBytes());
   RowConverter converter;
   if (const int status = converter.prepare(bitmap.BitsPerPixel, static_cast<int>(header.bitsPerPixel),
-                                           bitmap.ColorOrder, ORDER_BLUE_FIRST, colors, colors);
+                                           colorOrderOf(bitmap), ORDER_BLUE_FIRST, colors, colors);
       status != KSUCCESS) {
     return status;
   }
@@ -89,7 +83,7 @@ GlobalMemory packed(BitmapHandle& bitmap, DibStyle style) {
 
   writeDibHeader(memory.get(), header);
   RGBQUAD colors[maxDibColors] = {};
-  if (bitmap.BitsPerPixel <= 8) readColors(colors, bitmap);
+  if (bitmap.BitsPerPixel <= 8) readPaletteOrFixed(bitmap, colors);
   if (!style.keepsReservedBytes) {
     for (RGBQUAD& color : colors) color.rgbReserved = 0;
   }

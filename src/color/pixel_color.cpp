@@ -19,7 +19,7 @@ constexpr bool isIndexValue(COLORREF color) {
 }
 
 PixelColor orderedColor(const BitmapHandle& bitmap, PixelColor color) {
-  return bitmap.ColorOrder == ORDER_RED_FIRST ? swapEnds(color) : color;
+  return bitmap.ColorOrder == ORDER_BLUE_FIRST ? color : swapEnds(color);
 }
 
 // A palette index where it lies: in one byte of a row, or across two.

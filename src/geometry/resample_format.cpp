@@ -16,14 +16,10 @@ constexpr int ditheringMethod = 1;  // whatever the bitmap's own
 }  // namespace
 
 ResampleFormat::ResampleFormat(const BitmapHandle& bitmap)
-    : workingDepth(24), workingOrder(bitmap.ColorOrder), dithersBack(false), colorCount(0) {
+    : workingDepth(24), workingOrder(colorOrderOf(bitmap)), dithersBack(false), colorCount(0) {
   if (bitmap.BitsPerPixel > 8) return;
   workingOrder = ORDER_BLUE_FIRST;
-  colorCount = std::min(readPalette(bitmap, palette), 1u << bitmap.BitsPerPixel);
-  if (colorCount == 0) {
-    colorCount = 1u << bitmap.BitsPerPixel;
-    std::copy_n(fixedPalette(bitmap.BitsPerPixel), colorCount, palette);
-  }
+  colorCount = std::min(readPaletteOrFixed(bitmap, palette), 1u << bitmap.BitsPerPixel);
   if (bitmap.BitsPerPixel == 8 && Zv_IsGrayScaleBitmap(&bitmap) != 0) {
     workingDepth = 0;
   } else {
@@ -33,7 +29,7 @@ ResampleFormat::ResampleFormat(const BitmapHandle& bitmap)
 
 int WorkingRowReader::open() {
   if (const int status = reader_.open(); status != KSUCCESS) return status;
-  if (const int status = converter_.prepare(bitmap_.BitsPerPixel, format_.workingDepth, bitmap_.ColorOrder,
+  if (const int status = converter_.prepare(bitmap_.BitsPerPixel, format_.workingDepth, colorOrderOf(bitmap_),
                                             format_.workingOrder, format_.palette, nullptr);
       status != KSUCCESS) {
     return status;
@@ -55,7 +51,7 @@ int WorkingRowWriter::open() {
   if (format_.dithersBack) {
     if (const int status = openDither(); status != KSUCCESS) return status;
   } else if (const int status = converter_.prepare(format_.workingDepth, bitmap_.BitsPerPixel, format_.workingOrder,
-                                                   bitmap_.ColorOrder, nullptr, format_.palette);
+                                                   colorOrderOf(bitmap_), nullptr, format_.palette);
              status != KSUCCESS) {
     return status;
   }

@@ -233,7 +233,7 @@ TEST(ToDib, GivesThePictureAsSeenWhateverItsOrderAndPerspective) {
         SCOPED_TRACE(testing::Message() << bits << " bits, " << width << " wide, perspective " << perspective);
         TestBitmap bitmap(width, 4, bits);
         bitmap.ViewPerspective = perspective;
-        if (bits > 8) bitmap.ColorOrder = random() % 2 == 0 ? ORDER_RED_FIRST : ORDER_BLUE_FIRST;
+        if (bits > 8) bitmap.ColorOrder = static_cast<int>(random() % 3);  // what is not 1 is red first
         bitmap.XResolution = 300;
         bitmap.YResolution = 72;
         fillWithNoise(bitmap, random);

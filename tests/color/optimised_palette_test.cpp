@@ -104,6 +104,7 @@ TEST(OptimisedPalette, AgreesWithTheModel) {
       BitmapHandle source;
       Zv_CreateBitmap(&source, ALLOC_MEMORY, flat ? 250 : random() % 90 + 1, flat ? 170 : random() % 40 + 1,
                       depths[random() % 4], ORDER_BLUE_FIRST, nullptr, VIEW_UPRIGHT);
+      source.ColorOrder = round / 2 % 3;  // what is not 1 is red first
       if (flat) {
         for (unsigned x = 0; x < 200; ++x) Zv_PutPixelColor(&source, x % 9, static_cast<int>(x), random() & 0xFFFFFF);
       } else {

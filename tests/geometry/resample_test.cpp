@@ -146,6 +146,7 @@ void compareWithModel(const Format& format, const std::array<int, 4>& sizes, std
   fillWithNoise(bitmap, random);
   format.giveColors(bitmap, random);
   bitmap.DitheringMethod = 7;
+  bitmap.ColorOrder = newWidth % 3;  // channels stay where they are, whatever it says
   RGBQUAD colors[256] = {};
   const unsigned colorCount = bits <= 8 ? Zv_GetPaletteEntries(bitmap.Palette, 0, 256, colors) : 0;
   const Picture before = pictureOf(bitmap);
