@@ -14,9 +14,7 @@ enum GrayKind { notGray = 0, risingRamp = 1, fallingRamp = 2, otherGrays = 3 };
 constexpr unsigned maxColors = 256;
 
 GrayKind grayKind(const RGBQUAD* colors, unsigned count) {
-  for (unsigned i = 0; i < count; ++i) {
-    if (colors[i].rgbRed != colors[i].rgbGreen || colors[i].rgbRed != colors[i].rgbBlue) return notGray;
-  }
+  if (!std::all_of(colors, colors + count, isGray)) return notGray;
   // The rounded-down step makes even ramps of 8 and some other counts "other greys".
   const unsigned step = count > 1 ? 255 / (count - 1) : 0;
   const bool rising = colors[0].rgbRed == 0;

@@ -48,25 +48,6 @@ unsigned candidatesOfFour(const RGBQUAD* entries, __m128i rival, __m128i doubled
   return ~static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(_mm_cmpgt_epi32(excess, zero)))) & 15;
 }
 
-// The winner among candidates of equal distance, as nearestIndex has it.
-class Tie {
- public:
-  Tie(bool exact, unsigned wantedClass) : exact_(exact), wantedClass_(wantedClass) {}
-
-  // In the palette's order.
-  void add(const RGBQUAD& candidate) {
-    if (first_ || (!exact_ && channelClass(candidate) == wantedClass_)) winner_ = candidate.rgbReserved;
-    first_ = false;
-  }
-  [[nodiscard]] uint8_t winner() const { return winner_; }
-
- private:
-  bool exact_;
-  unsigned wantedClass_;
-  bool first_ = true;
-  uint8_t winner_ = 0;
-};
-
 }  // namespace
 
 int ColorCells::open(const RGBQUAD* palette, unsigned count) {
@@ -149,7 +130,7 @@ uint8_t ColorCells::searchCell(unsigned red, unsigned green, unsigned blue) {
   uint32_t hits = 0;
   for (unsigned i = 0; i < groups; ++i) hits |= lanesEqual(distances[i], distance) << (i * groupSize);
   if (std::has_single_bit(hits)) return candidates[std::countr_zero(hits)].rgbReserved;
-  Tie tie(distance == 0, channelClass(red, green, blue));
+  Tie tie(distance, channelClass(red, green, blue));
   for (; hits != 0; hits &= hits - 1) tie.add(candidates[std::countr_zero(hits)]);
   return tie.winner();
 }

@@ -1,9 +1,11 @@
-// Squared colour distances, four palette entries at a time.
+// Squared colour distances, four palette entries at a time, and the winner among equal ones.
 #pragma once
 
 #include <zavo.h>
 
 #include <algorithm>
+#include <climits>
+#include <cstdint>
 #include <emmintrin.h>
 
 namespace zavo {
@@ -19,6 +21,29 @@ namespace zavo {
 [[nodiscard]] inline unsigned channelClass(const RGBQUAD& entry) {
   return channelClass(entry.rgbRed, entry.rgbGreen, entry.rgbBlue);
 }
+
+// Who wins among equally near entries, which may come in any order and have their index as reserved byte: of exact
+// matches the first, else the last one whose channels stand in the colour's order, else the first. That is how a walk
+// through the palette ends.
+class Tie {
+ public:
+  Tie(int distance, unsigned wantedClass) : exact_(distance == 0), wantedClass_(wantedClass) {}
+
+  void add(const RGBQUAD& entry) {
+    const int index = entry.rgbReserved;
+    first_ = std::min(first_, index);
+    if (channelClass(entry) == wantedClass_) lastOfClass_ = std::max(lastOfClass_, index);
+  }
+  [[nodiscard]] uint8_t winner() const {
+    return static_cast<uint8_t>(exact_ || lastOfClass_ < 0 ? first_ : lastOfClass_);
+  }
+
+ private:
+  bool exact_;
+  unsigned wantedClass_;
+  int first_ = INT_MAX;
+  int lastOfClass_ = -1;
+};
 
 // A colour as distancesOfFour wants it: blue, green, red, 0, twice.
 [[nodiscard]] inline __m128i distanceOperand(unsigned red, unsigned green, unsigned blue) {

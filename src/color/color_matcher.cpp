@@ -1,7 +1,5 @@
 // The search of a colour matcher. The distance to any entry bounds how far the nearest one can lie, so only entries
-// within that distance in green are measured. They come in another order than in the palette, so equal distances are
-// decided by index: of exact matches the first counts, else the last one whose channels stand in the colour's order,
-// else the first; that is how a walk through the palette ends.
+// within that distance in green are measured.
 #include "color/color_matcher.h"
 
 #include <algorithm>
@@ -21,27 +19,6 @@ int squaredDistance(const RGBQUAD& entry, unsigned red, unsigned green, unsigned
             b = static_cast<int>(blue) - entry.rgbBlue;
   return r * r + g * g + b * b;
 }
-
-// Collects entries of equal distance in any order.
-class Tie {
- public:
-  Tie(int distance, unsigned wantedClass) : exact_(distance == 0), wantedClass_(wantedClass) {}
-
-  void add(const RGBQUAD& entry) {
-    const int index = entry.rgbReserved;
-    first_ = std::min(first_, index);
-    if (channelClass(entry) == wantedClass_) lastOfClass_ = std::max(lastOfClass_, index);
-  }
-  [[nodiscard]] uint8_t winner() const {
-    return static_cast<uint8_t>(exact_ || lastOfClass_ < 0 ? first_ : lastOfClass_);
-  }
-
- private:
-  bool exact_;
-  unsigned wantedClass_;
-  int first_ = INT_MAX;
-  int lastOfClass_ = -1;
-};
 
 }  // namespace
 

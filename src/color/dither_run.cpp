@@ -25,9 +25,7 @@ bool isOrdered(int method) {
 bool isGraySource(const DitherSource& source) {
   if (source.bitsPerPixel == 0) return true;
   if (source.bitsPerPixel > 8) return false;
-  return std::all_of(source.palette, source.palette + (size_t{1} << source.bitsPerPixel), [](const RGBQUAD& color) {
-    return color.rgbRed == color.rgbGreen && color.rgbGreen == color.rgbBlue;
-  });
+  return std::all_of(source.palette, source.palette + (size_t{1} << source.bitsPerPixel), isGray);
 }
 
 // One block for all rows: the fetched pixels, the indexes, the sums, and the error rows with their margins, all zero.

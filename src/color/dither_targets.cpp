@@ -22,10 +22,6 @@ void fillCells(uint8_t cells[512], const RGBQUAD* palette) {
   }
 }
 
-bool isGray(const RGBQUAD& color) {
-  return color.rgbRed == color.rgbGreen && color.rgbGreen == color.rgbBlue;
-}
-
 // The largest difference in a channel.
 int distance(const RGBQUAD& a, const RGBQUAD& b) {
   return std::max({std::abs(a.rgbRed - b.rgbRed), std::abs(a.rgbGreen - b.rgbGreen), std::abs(a.rgbBlue - b.rgbBlue)});

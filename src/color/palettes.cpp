@@ -146,9 +146,6 @@ int ZAVO_CALL Zv_CompareHandleToPalette(HPALETTE palette, const RGBQUAD* colors,
   const unsigned available = availableEntries(palette, 0, count);
   if (available == 0) return 1;
   if (colors == nullptr) return 0;
-  const auto sameColor = [](const RGBQUAD& a, const RGBQUAD& b) {
-    return a.rgbRed == b.rgbRed && a.rgbGreen == b.rgbGreen && a.rgbBlue == b.rgbBlue;
-  };
   for (unsigned first = 0; first < available; first += chunkEntries) {
     RGBQUAD entries[chunkEntries];
     const unsigned got = readEntries(entries, palette, first, std::min(available - first, chunkEntries));

@@ -25,6 +25,15 @@ constexpr unsigned matchTableEntries = 32768;
   return static_cast<uint8_t>((2 * red + 5 * green + blue + 4) >> 3);
 }
 
+// Equal but for the reserved byte.
+[[nodiscard]] constexpr bool sameColor(const RGBQUAD& a, const RGBQUAD& b) {
+  return a.rgbRed == b.rgbRed && a.rgbGreen == b.rgbGreen && a.rgbBlue == b.rgbBlue;
+}
+
+[[nodiscard]] constexpr bool isGray(const RGBQUAD& color) {
+  return color.rgbRed == color.rgbGreen && color.rgbGreen == color.rgbBlue;
+}
+
 // d * d for d = 0 to 255.
 inline constexpr auto squareTable = [] {
   std::array<uint32_t, 256> squares{};

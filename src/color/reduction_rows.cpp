@@ -21,9 +21,8 @@ bool holdsColors(const ReductionTarget& target, const RGBQUAD* palette, int sour
       color.rgbRed = luminance(color.rgbRed, color.rgbGreen, color.rgbBlue);
       color.rgbGreen = color.rgbBlue = color.rgbRed;
     }
-    return std::any_of(target.palette, target.palette + target.colorCount, [&](const RGBQUAD& entry) {
-      return entry.rgbRed == color.rgbRed && entry.rgbGreen == color.rgbGreen && entry.rgbBlue == color.rgbBlue;
-    });
+    return std::any_of(target.palette, target.palette + target.colorCount,
+                       [&](const RGBQUAD& entry) { return sameColor(entry, color); });
   });
 }
 

@@ -9,7 +9,7 @@ namespace zavo {
 using ThresholdMatrix = uint8_t[8][8];
 
 // Spreads dots as far apart as can be. Five entries differ from the regular recursive pattern (232 stands twice, 236
-// where 240 would be); they are required as given.
+// where 240 would be); existing pictures rest on these values.
 extern const ThresholdMatrix dispersedMatrix;
 // Lets dots grow from centres, as printed halftones do.
 extern const ThresholdMatrix clusteredMatrix;

@@ -12,10 +12,6 @@ namespace {
 constexpr COLORREF indexMark = 0x01000000;
 constexpr COLORREF topByte = 0xFF000000;
 
-bool sameColor(const RGBQUAD& a, const RGBQUAD& b) {
-  return a.rgbRed == b.rgbRed && a.rgbGreen == b.rgbGreen && a.rgbBlue == b.rgbBlue;
-}
-
 // The number of colours of a bitmap of up to 8 bits, 0 for one without palette or of more bits.
 unsigned colorsOf(const BitmapHandle& bitmap, RGBQUAD palette[256]) {
   return bitmap.BitsPerPixel <= 8 ? readPalette(bitmap, palette) : 0;

@@ -8,10 +8,6 @@
 namespace zavo {
 namespace {
 
-bool sameColor(const RGBQUAD& a, const RGBQUAD& b) {
-  return a.rgbRed == b.rgbRed && a.rgbGreen == b.rgbGreen && a.rgbBlue == b.rgbBlue;
-}
-
 // What the grey test of a 1-bit palette leads to; `fallback` for a palette that is not an even ramp.
 PaintMode byGrayTest(BitmapHandle& bitmap, PaintMode ascending, PaintMode descending, PaintMode fallback) {
   switch (Zv_IsGrayScaleBitmap(&bitmap)) {
