@@ -62,9 +62,8 @@ struct DitherRun {
   void* sums;        // what the rows above carry to a row, of the method's Sum type
 };
 
-// --- Error diffusion, methods 1 to 6. The plain functions are the rule by which the vector functions go.
-[[nodiscard]] DitherRowFunction plainDiffusion(int method, int kind);
-[[nodiscard]] DitherRowFunction vectorDiffusion(int method, int kind);
+// --- Error diffusion, methods 1 to 6
+[[nodiscard]] DitherRowFunction colorDiffusion(int method, int kind);
 [[nodiscard]] DitherRowFunction grayDiffusion(int method);
 
 // What the rows above carry to each of `samples` samples, undivided.
@@ -93,7 +92,5 @@ void packTopBits(DitherRun& run, uint8_t* packed, const uint8_t* levels);
 // Prepares a grey run's table: that of a fixed palette whole, another to be filled as values appear. `ahead` is the
 // weight of an error for the next pixel.
 void setGrayTable(DitherRun& run, int ahead);
-// Fills in what shares the match key of a value, which is then clamped.
-void fillGrayTable(DitherRun& run, int value);
 
 }  // namespace zavo

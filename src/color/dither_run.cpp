@@ -75,7 +75,7 @@ void chooseDither(DitherRun& run, int method) {
     setOrderedOffsets(run.offsets, method, levelCode(run.target), run.gray);
     run.dither = ditherOrdered;
   } else if (isDiffusion(method)) {
-    run.dither = run.gray ? grayDiffusion(method) : vectorDiffusion(method, run.target.kind);
+    run.dither = run.gray ? grayDiffusion(method) : colorDiffusion(method, run.target.kind);
   }
 }
 

@@ -203,8 +203,8 @@ int paintHeldRows(HDC dc, BitmapHandle& bitmap, const PaintRequest& request, DWO
   // Rows at hand are never turned into grey levels.
   const PaintMode mode = paintModeOf(bitmap, deviceBits, currentSettings().displayMode);
   Paint paint(dc, bitmap, geometry, rop);
-  PaintRows held_rows(bitmap, rows, static_cast<unsigned>(first));
-  return paint.paintLines(held_rows, mode == PaintMode::dithered, deviceBits);
+  PaintRows heldRows(bitmap, rows, static_cast<unsigned>(first));
+  return paint.paintLines(heldRows, mode == PaintMode::dithered, deviceBits);
 }
 
 }  // namespace zavo
