@@ -43,6 +43,8 @@ struct BmpFile {
   int pixelsPerMeterX = 0;
   int pixelsPerMeterY = 0;
   std::vector<uint32_t> colors;  /// 0xRRGGBB, row by row from the top.
+
+  uint32_t at(int x, int y) const { return colors[static_cast<size_t>(y * width + x)]; }
 };
 
 BmpFile readBmp(const std::string& path);

@@ -18,8 +18,8 @@ struct RunResult {
   std::string output;  /// What went to stdout and stderr.
 };
 
-inline std::string readText(const std::string& path) {
-  std::ifstream stream(path);
+inline std::string readFile(const std::string& path, std::ios::openmode mode = std::ios::in) {
+  std::ifstream stream(path, mode);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
@@ -60,8 +60,27 @@ class Zv : public testing::Test {
       CloseHandle(process.hThread);
     }
     CloseHandle(log);
-    result.output = readText(file("log"));
+    result.output = readFile(file("log"));
     return result;
+  }
+
+  /// What a run that succeeds without a word writes to out.bmp.
+  BmpFile made(const std::string& arguments) const {
+    const RunResult result = run(arguments);
+    EXPECT_EQ(0u, result.exitCode);
+    EXPECT_EQ("", result.output);
+    return readBmp(file("out.bmp"));
+  }
+
+  /// Expects of every pixel what expected(x, y) gives.
+  template <typename Expected>
+  static void expectPixels(const BmpFile& picture, Expected expected, int width = sampleWidth,
+                           int height = sampleHeight) {
+    ASSERT_EQ(width, picture.width);
+    ASSERT_EQ(height, picture.height);
+    for (int y = 0; y < height; ++y) {
+      for (int x = 0; x < width; ++x) ASSERT_EQ(expected(x, y), picture.at(x, y)) << x << ", " << y;
+    }
   }
 
   TemporaryDirectory directory;

@@ -1,130 +1,93 @@
-// zv gray, halftone, combine, underlay and alpha.
+// zv gray, halftone, combine, underlay, alpha and region: that each does its own work, on the right pixels.
 #include <algorithm>
 
 #include "zv_fixture.h"
 
 namespace {
 
+uint32_t sampleAt(int x, int y) {
+  return sampleColor(sample, x, y);
+}
+
 unsigned channelOf(uint32_t color, int shift) {
   return color >> shift & 255;
 }
 
-unsigned brightnessOf(uint32_t color) {
+unsigned brightnessAt(int x, int y) {
+  const uint32_t color = sampleAt(x, y);
   return (2 * channelOf(color, 16) + 5 * channelOf(color, 8) + channelOf(color, 0) + 4) / 8;
 }
 
-// Expects of every pixel of out.bmp what expected(x, y) gives.
-template <typename Expected>
-void expectPixels(const BmpFile& picture, Expected expected) {
-  ASSERT_EQ(sampleWidth, picture.width);
-  ASSERT_EQ(sampleHeight, picture.height);
-  for (int y = 0; y < sampleHeight; ++y) {
-    for (int x = 0; x < sampleWidth; ++x) {
-      ASSERT_EQ(expected(x, y), picture.colors[static_cast<size_t>(y * sampleWidth + x)]) << x << ", " << y;
-    }
-  }
+uint32_t greyAt(int x, int y) {
+  return brightnessAt(x, y) * 0x010101;
 }
 
-TEST_F(Zv, TurnsPicturesGrey) {
-  EXPECT_EQ("", run("gray in.png out.bmp").output);
-  const BmpFile picture = readBmp(file("out.bmp"));
-  EXPECT_EQ(8, picture.bitsPerPixel);
-  expectPixels(picture, [](int x, int y) { return brightnessOf(sampleColor(sample, x, y)) * 0x010101; });
-}
-
-TEST_F(Zv, MakesHalftones) {
-  constexpr unsigned firstRow[2][8] = {{112, 40, 72, 104, 144, 176, 208, 136}, {0, 128, 32, 160, 8, 136, 40, 168}};
-  const char* const names[] = {"clustered", "dispersed"};
-  for (int type = 0; type < 2; ++type) {
-    SCOPED_TRACE(names[type]);
-    EXPECT_EQ("", run(std::string("halftone in.png out.bmp --screen ") + names[type]).output);
-    const BmpFile straight = readBmp(file("out.bmp"));
-    EXPECT_EQ(1, straight.bitsPerPixel);
-    for (const int y : {0, 8}) {
-      for (int x = 0; x < sampleWidth; ++x) {
-        const bool white = brightnessOf(sampleColor(sample, x, y)) > firstRow[type][x % 8];
-        EXPECT_EQ(white ? 0xFFFFFFu : 0u, straight.colors[static_cast<size_t>(y * sampleWidth + x)]) << x << ", " << y;
-      }
-    }
-    EXPECT_EQ("", run(std::string("halftone in.png out.bmp --angle -360 --screen ") + names[type]).output);
-    EXPECT_EQ(straight.colors, readBmp(file("out.bmp")).colors);
-    EXPECT_EQ("", run(std::string("halftone in.png out.bmp --angle 22.5 --screen ") + names[type]).output);
-    EXPECT_NE(straight.colors, readBmp(file("out.bmp")).colors);
-  }
+TEST_F(Zv, GreysAndHalftones) {
+  expectPixels(made("gray in.png out.bmp"), greyAt);
+  const BmpFile clustered = made("halftone in.png out.bmp --screen clustered");
+  EXPECT_EQ(1, clustered.bitsPerPixel);
+  EXPECT_NE(clustered.colors, made("halftone in.png out.bmp --screen dispersed").colors);
+  EXPECT_EQ(clustered.colors, made("halftone in.png out.bmp --screen clustered --angle -360").colors);
+  EXPECT_NE(clustered.colors, made("halftone in.png out.bmp --screen clustered --angle 22.5").colors);
 }
 
 TEST_F(Zv, CombinesPictures) {
-  const auto colorAt = [](int x, int y) { return sampleColor(sample, x, y); };
-  EXPECT_EQ("", run("combine in.png in.png out.bmp --with difference").output);
-  expectPixels(readBmp(file("out.bmp")), [](int, int) { return 0u; });
-  EXPECT_EQ("", run("combine in.png in.png out.bmp --with xor --invert-other --invert").output);
-  expectPixels(readBmp(file("out.bmp")), [](int, int) { return 0u; });
+  const auto black = [](int, int) { return 0u; };
+  expectPixels(made("combine in.png in.png out.bmp --with difference"), black);
+  expectPixels(made("combine in.png in.png out.bmp --with xor --invert-other --invert"), black);
   // A part elsewhere, in a selection, onto a picture that is stored bottom-up.
-  EXPECT_EQ("", run("convert in.png in.bmp").output);
-  EXPECT_EQ("", run("combine in.bmp in.png out.bmp --from 20,5,9,4 --at 3,2 --rect 0,0,8,20").output);
-  expectPixels(readBmp(file("out.bmp")), [&](int x, int y) {
-    return x >= 3 && x < 8 && y >= 2 && y < 6 ? colorAt(x + 17, y + 3) : colorAt(x, y);
+  run("convert in.png in.bmp");
+  expectPixels(made("combine in.bmp in.png out.bmp --from 20,5,9,4 --at 3,2 --rect 0,0,8,20"), [](int x, int y) {
+    return x >= 3 && x < 8 && y >= 2 && y < 6 ? sampleAt(x + 17, y + 3) : sampleAt(x, y);
   });
 }
 
 TEST_F(Zv, ShowsPicturesUnderOthersByAlpha) {
-  EXPECT_EQ("", run("region in.png white.png --fill ffffff").output);
-  EXPECT_EQ("", run("alpha in.png alpha.png --set in.png").output);
-  EXPECT_EQ("", run("alpha alpha.png out.bmp").output);
-  expectPixels(readBmp(file("out.bmp")),
-               [](int x, int y) { return brightnessOf(sampleColor(sample, x, y)) * 0x010101; });
-
+  run("region in.png white.png --fill ffffff");
+  run("alpha in.png alpha.png --set in.png");
+  expectPixels(made("alpha alpha.png out.bmp"), greyAt);
   const auto shown = [](int x, int y) {
-    const uint32_t color = sampleColor(sample, x, y);
-    const unsigned alpha = brightnessOf(color);
+    const unsigned alpha = brightnessAt(x, y);
     uint32_t result = 0;
     for (int shift = 0; shift < 24; shift += 8) {
-      result |= (channelOf(color, shift) * alpha + 255 * (255 - alpha) + 127) / 255 << shift;
+      result |= (channelOf(sampleAt(x, y), shift) * alpha + 255 * (255 - alpha) + 127) / 255 << shift;
     }
     return result;
   };
-  EXPECT_EQ("", run("underlay alpha.png white.png out.bmp").output);
-  expectPixels(readBmp(file("out.bmp")), shown);
-  EXPECT_EQ("", run("underlay in.png white.png out.bmp --alpha in.png --stretch").output);
-  expectPixels(readBmp(file("out.bmp")), shown);
+  expectPixels(made("underlay alpha.png white.png out.bmp"), shown);
+  expectPixels(made("underlay in.png white.png out.bmp --alpha in.png --stretch"), shown);
   // Around a selection, tiles of a part.
-  EXPECT_EQ("", run("convert in.png small.png --size 5x3").output);
-  EXPECT_EQ("", run("convert small.png small.bmp").output);
-  EXPECT_EQ("", run("underlay in.png small.bmp out.bmp --rect 4,2,10,5").output);
+  run("convert in.png small.bmp --size 5x3");
   const BmpFile tile = readBmp(file("small.bmp"));
-  expectPixels(readBmp(file("out.bmp")), [&](int x, int y) {
-    const bool inside = x >= 4 && x < 14 && y >= 2 && y < 7;
-    return inside ? sampleColor(sample, x, y) : tile.colors[static_cast<size_t>(y % 3 * 5 + x % 5)];
+  expectPixels(made("underlay in.png small.bmp out.bmp --rect 4,2,10,5"), [&](int x, int y) {
+    return x >= 4 && x < 14 && y >= 2 && y < 7 ? sampleAt(x, y) : tile.at(x % 5, y % 3);
   });
 }
 
-TEST_F(Zv, SaysWhyPicturesDoNotGoTogether) {
-  run("gray in.png gray.png");
-  run("convert in.png four.png --bits 4");
-  run("convert in.png small.png --size 5x3");
-  struct {
-    const char* arguments;
-    DWORD exitCode;
-    const char* message;
-  } const cases[] = {
-      {"combine four.png in.png out.bmp --with add", 1, "zv: cannot combine: not possible at this depth\n"},
-      {"combine in.png in.png out.bmp --with magic", 2,
-       "zv: --with takes one of and, or, xor, copy, add, other-minus, minus-other, difference, multiply, average, "
-       "minimum, maximum, not 'magic'\n"},
-      {"combine in.png out.bmp", 2, "zv: the file to write is missing\n"},
-      {"halftone in.png out.bmp --screen square", 2, "zv: --screen takes one of clustered, dispersed, not 'square'\n"},
-      {"alpha in.png out.bmp", 1, "zv: cannot take the alpha: not possible at this depth\n"},
-      {"alpha in.png out.bmp --set gray.png", 2, "zv: cannot write out.bmp: with an alpha the name must end in .png\n"},
-      {"alpha in.png out.png --set small.png", 1,
-       "zv: cannot set the alpha (is small.png of another size?): a value is out of range\n"},
+TEST_F(Zv, SelectsFillsAndMasks) {
+  const RunResult result = run(
+      "region in.png out.bmp --rect 2,1,20,8 --rect 4,3,6,4 --mode subtract --rect 30,0,90,3 --fill ff0000 --report "
+      "--write-mask mask.bmp --deselect");
+  EXPECT_NE(std::string::npos, result.output.find("selection: 157 pixels in 35x9 at 2,0")) << result.output;
+  const auto selected = [](int x, int y) {
+    const bool hole = x >= 4 && x < 10 && y >= 3 && y < 7;
+    return (x >= 2 && x < 22 && y >= 1 && y < 9 && !hole) || (x >= 30 && y < 3);
   };
-  for (const auto& expected : cases) {
-    SCOPED_TRACE(expected.arguments);
-    const RunResult result = run(expected.arguments);
-    EXPECT_EQ(expected.exitCode, result.exitCode);
-    EXPECT_EQ(expected.message, result.output);
-  }
-  EXPECT_EQ(INVALID_FILE_ATTRIBUTES, GetFileAttributesA(file("out.bmp").c_str()));
+  expectPixels(readBmp(file("out.bmp")), [&](int x, int y) { return selected(x, y) ? 0xFF0000u : sampleAt(x, y); });
+  expectPixels(readBmp(file("mask.bmp")), [&](int x, int y) { return selected(x, y) ? 0xFFFFFFu : 0u; });
+  // The mask selects the same again, also in a picture that is stored bottom-up.
+  const RunResult again = run("region out.bmp again.bmp --mask mask.bmp --report --color ff0000 --mode xor --report");
+  EXPECT_NE(std::string::npos, again.output.find("selection: 157 pixels in 35x9 at 2,0\nselection: 0 pixels"))
+      << again.output;
+}
+
+TEST_F(Zv, OutlinesASelection) {
+  const BmpFile picture = made("region in.png out.bmp --fill 808080 --polygon 5,1,30,1,30,10,5,10 --outline");
+  // The outline is one pixel wide, half of it black, half of it white, in stripes of four.
+  const auto countOf = [&](uint32_t color) { return std::count(picture.colors.begin(), picture.colors.end(), color); };
+  constexpr int outline = 2 * (25 + 9) - 4;
+  EXPECT_EQ(outline, countOf(0) + countOf(0xFFFFFF));
+  EXPECT_NEAR(countOf(0), outline / 2, 4);
 }
 
 }  // namespace
