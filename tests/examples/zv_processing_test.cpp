@@ -58,6 +58,8 @@ TEST_F(Zv, ShowsPicturesUnderOthersByAlpha) {
   expectPixels(made("underlay in.png white.png out.bmp --alpha in.png --stretch"), shown);
   // Around a selection, tiles of a part.
   run("convert in.png small.bmp --size 5x3");
+  EXPECT_NE(made("underlay alpha.png small.bmp out.bmp --stretch").colors,
+            made("underlay alpha.png small.bmp out.bmp").colors);
   const BmpFile tile = readBmp(file("small.bmp"));
   expectPixels(made("underlay in.png small.bmp out.bmp --rect 4,2,10,5"), [&](int x, int y) {
     return x >= 4 && x < 14 && y >= 2 && y < 7 ? sampleAt(x, y) : tile.at(x % 5, y % 3);
@@ -67,8 +69,9 @@ TEST_F(Zv, ShowsPicturesUnderOthersByAlpha) {
 TEST_F(Zv, SelectsFillsAndMasks) {
   const RunResult result = run(
       "region in.png out.bmp --rect 2,1,20,8 --rect 4,3,6,4 --mode subtract --rect 30,0,90,3 --fill ff0000 --report "
-      "--write-mask mask.bmp --deselect");
-  EXPECT_NE(std::string::npos, result.output.find("selection: 157 pixels in 35x9 at 2,0")) << result.output;
+      "--write-mask mask.bmp --deselect --report");
+  EXPECT_NE(std::string::npos, result.output.find("selection: 157 pixels in 35x9 at 2,0\nselection: 407 pixels"))
+      << result.output;
   const auto selected = [](int x, int y) {
     const bool hole = x >= 4 && x < 10 && y >= 3 && y < 7;
     return (x >= 2 && x < 22 && y >= 1 && y < 9 && !hole) || (x >= 30 && y < 3);

@@ -16,23 +16,14 @@ FuzzCall call(const char* name, Result(ZAVO_CALL* function)(Arguments...)) {
           }};
 }
 
-// The same for a function written here, which tells fresh bitmaps and coordinates from other arguments.
-template <typename Function, typename... Arguments>
-FuzzCall withArguments(const char* name, Function function, void (Function::*)(Arguments...) const) {
+// The same with other types than the function's: fresh bitmaps and coordinates are told from other arguments.
+template <typename... Picked, typename Function>
+FuzzCall callWith(const char* name, Function function) {
   return {name,
-          [function](FuzzWorld& world) { std::apply(function, std::tuple<Arguments...>{world.pick<Arguments>()...}); }};
-}
-
-template <typename Function>
-FuzzCall with(const char* name, Function function) {
-  return withArguments(name, function, &Function::operator());
+          [function](FuzzWorld& world) { (void)std::apply(function, std::tuple<Picked...>{world.pick<Picked>()...}); }};
 }
 
 using Bitmap = BitmapHandle*;
-
-unsigned asUnsigned(Coordinate number) {
-  return static_cast<unsigned>(number.value);
-}
 
 void rows(FuzzWorld& world) {
   BitmapHandle* bitmap = world.pick<Bitmap>();
@@ -86,8 +77,8 @@ BitmapListHandle listOfCopies(FuzzWorld& world) {
   for (unsigned i = world.below(4); i > 0; --i) {
     BitmapHandle item{};
     if (Zv_CopyBitmap(&item, world.anyBitmap()) != KSUCCESS) continue;
-    item.PlaybackLeft = world.pick<Coordinate>().value;
-    item.PlaybackTop = world.pick<Coordinate>().value;
+    item.PlaybackLeft = world.pick<Coordinate>();
+    item.PlaybackTop = world.pick<Coordinate>();
     item.PlaybackDelay = world.below(3);
     item.PlaybackDisposal = world.pick<int>();
     item.Flags |= world.pick<unsigned>() & (BMF_PLAYBACK_TRANSPARENT | BMF_PLAYBACK_WAITUSER);
@@ -122,7 +113,7 @@ void play(FuzzWorld& world) {
     Zv_ProcessPlayback(playback, world.pick<unsigned*>());
     if (world.oneIn(4)) Zv_CancelPlaybackWait(playback);
     if (world.oneIn(9)) Zv_SetPlaybackIndex(playback, world.pick<int>());
-    if (world.oneIn(9)) Zv_ValidatePlaybackLines(playback, world.pick<Coordinate>().value, world.pick<int>());
+    if (world.oneIn(9)) Zv_ValidatePlaybackLines(playback, world.pick<Coordinate>(), world.pick<int>());
     if (world.oneIn(5)) Zv_GetPlaybackUpdateRect(playback, world.pick<RECT*>(), world.pick<int>());
     if (world.oneIn(9)) {
       BitmapHandle frame{};
@@ -143,13 +134,13 @@ void drawInto(FuzzWorld& world) {
 
 void exchangeDib(FuzzWorld& world) {
   HGLOBAL dib = Zv_ConvertToDIB(world.pick<Bitmap>());
-  if (dib != nullptr && Zv_ChangeFromDIB(world.pick<FreshBitmap>().record, dib) != KSUCCESS) GlobalFree(dib);
+  if (dib != nullptr && Zv_ChangeFromDIB(world.pick<FreshBitmap>(), dib) != KSUCCESS) GlobalFree(dib);
 }
 
 void exchangeDdb(FuzzWorld& world) {
   HDC dc = world.pick<HDC>();
   HBITMAP ddb = Zv_ConvertToDDB(dc, world.pick<Bitmap>());
-  if (Zv_ChangeFromDDB(dc, world.pick<FreshBitmap>().record, ddb, nullptr) != KSUCCESS && ddb != nullptr) {
+  if (Zv_ChangeFromDDB(dc, world.pick<FreshBitmap>(), ddb, nullptr) != KSUCCESS && ddb != nullptr) {
     DeleteObject(ddb);
   }
 }
@@ -192,6 +183,46 @@ void paintPalette(FuzzWorld& world) {
   if (palette != nullptr) DeleteObject(palette);
 }
 
+void duplicate(FuzzWorld& world) {
+  BitmapHandle* from = world.pick<Bitmap>();
+  BitmapHandle* to = world.pick<FreshBitmap>();
+  if (from == to || to == nullptr) return;
+  // What is not duplicated is shared, and must not be freed twice.
+  (void)Zv_DupBitmapNewDim(to, from, world.pick<Coordinate>(), world.pick<Coordinate>(),
+                           from != nullptr ? from->BitsPerPixel : 1,
+                           world.pick<unsigned>() | DUP_STORAGE | DUP_PALETTE | DUP_REGION);
+}
+
+void reduce(FuzzWorld& world) {
+  BitmapHandle* from = world.pick<Bitmap>();
+  BitmapHandle* to = world.oneIn(2) ? nullptr : world.pick<FreshBitmap>().record;  // null: in place
+  (void)Zv_ColorResBitmap(from, to, world.pick<int>(), world.pick<unsigned>() & 0x100F4, world.pick<const RGBQUAD*>(),
+                          world.pick<unsigned>() % 257);
+}
+
+void capture(FuzzWorld& world) {
+  HDC dc = world.pick<HDC>();
+  const RECT* rect = world.pick<const RECT*>();
+  if (dc != nullptr && !isHuge(rect)) Zv_ScreenCaptureBitmap(dc, world.pick<FreshBitmap>(), rect);
+}
+
+void polygon(FuzzWorld& world) {
+  POINT points[4];
+  for (POINT& point : points) point = {int{world.pick<Coordinate>()}, int{world.pick<Coordinate>()}};
+  Zv_SetBitmapRgnPolygon(world.pick<Bitmap>(), world.pick<const RegionXForm*>(), points, 4, world.pick<int>(),
+                         world.pick<int>());
+}
+
+void putColors(FuzzWorld& world) {
+  Zv_PutBitmapColors(world.pick<Bitmap>(), world.pick<int>(), world.pick<unsigned>() % 257,
+                     world.pick<const RGBQUAD*>());
+}
+
+void makePalette(FuzzWorld& world) {
+  BitmapHandle* bitmap = world.pick<Bitmap>();
+  if (bitmap == nullptr || bitmap->Palette == nullptr) Zv_CreateBitmapFixedPalette(bitmap);
+}
+
 std::vector<FuzzCall> makeCalls() {
   return {
       {"renew", [](FuzzWorld& world) { world.renew(*world.anyBitmap()); }},
@@ -208,85 +239,35 @@ std::vector<FuzzCall> makeCalls() {
       {"region handle", regionHandle},
       {"paint palette", paintPalette},
 
-      with("create",
-           [](FreshBitmap to, int type, Coordinate width, Coordinate height, int bits, const RGBQUAD* colors,
-              int perspective) {
-             Zv_CreateBitmap(to.record, type, width.value, height.value, bits, 0, colors, perspective);
-           }),
-      with("duplicate",
-           [](Bitmap from, FreshBitmap to, Coordinate width, Coordinate height, unsigned flags) {
-             if (from == to.record || to.record == nullptr) return;
-             // What is not duplicated is shared, and must not be freed twice.
-             (void)Zv_DupBitmapNewDim(to.record, from, width.value, height.value,
-                                      from != nullptr ? from->BitsPerPixel : 1,
-                                      flags | DUP_STORAGE | DUP_PALETTE | DUP_REGION);
-           }),
-      with("copy", [](Bitmap from, FreshBitmap to) { (void)Zv_CopyBitmap(to.record, from); }),
-      with("copy rectangle",
-           [](Bitmap from, FreshBitmap to, Coordinate left, Coordinate top, Coordinate width, Coordinate height) {
-             (void)Zv_CopyBitmapRect(to.record, from, left.value, top.value, asUnsigned(width), asUnsigned(height));
-           }),
-      with("trim",
-           [](Bitmap bitmap, Coordinate left, Coordinate top, Coordinate width, Coordinate height) {
-             Zv_TrimBitmap(bitmap, left.value, top.value, asUnsigned(width), asUnsigned(height));
-           }),
-      with("perspective",
-           [](Bitmap from, FreshBitmap to, int code) { (void)Zv_ChangeBitmapViewPerspective(to.record, from, code); }),
-      with("perspective in place",
-           [](Bitmap bitmap, int code) {
-             if (bitmap != nullptr) Zv_ChangeBitmapViewPerspective(nullptr, bitmap, code);
-           }),
-      with("reduce",
-           [](Bitmap from, FreshBitmap to, int bits, unsigned options, const RGBQUAD* colors, unsigned count) {
-             (void)Zv_ColorResBitmap(from, to.record, bits, options & 0x100F4, colors, count % 300);
-           }),
-      with("reduce in place",
-           [](Bitmap bitmap, int bits, unsigned options, const RGBQUAD* colors, unsigned count) {
-             Zv_ColorResBitmap(bitmap, nullptr, bits, options & 0x100F4, colors, count % 257);
-           }),
-      with("mask", [](const BitmapHandle* from, FreshBitmap to) { Zv_CreateMaskFromBitmapRgn(from, to.record); }),
-      with("alpha", [](Bitmap from, FreshBitmap to) { Zv_GetBitmapAlpha(from, to.record); }),
-      with("capture",
-           [](HDC dc, FreshBitmap to, const RECT* rect) {
-             if (dc != nullptr && !isHuge(rect)) Zv_ScreenCaptureBitmap(dc, to.record, rect);
-           }),
-      with("size", [](Bitmap bitmap, Coordinate width, Coordinate height,
-                      unsigned flags) { Zv_SizeBitmap(bitmap, width.value, height.value, flags); }),
-      with("resample", [](Bitmap bitmap, Coordinate width,
-                          Coordinate height) { Zv_ResampleBitmap(bitmap, width.value, height.value); }),
-      with("height", [](Bitmap bitmap, Coordinate height) { Zv_ChangeBitmapHeight(bitmap, height.value); }),
-      with(
-          "polygon",
-          [](Bitmap bitmap, const RegionXForm* xform, const RECT* a, const RECT* b, int fill, int mode) {
-            if (a == nullptr || b == nullptr) return;
-            const POINT points[] = {{a->left, a->top}, {b->right, b->bottom}, {a->right, b->top}, {b->left, a->bottom}};
-            Zv_SetBitmapRgnPolygon(bitmap, xform, points, 4, fill, mode);
-          }),
-      with("round rectangle",
-           [](Bitmap bitmap, const RegionXForm* xform, const RECT* rect, Coordinate width, Coordinate height,
-              int mode) { Zv_SetBitmapRgnRoundRect(bitmap, xform, rect, width.value, height.value, mode); }),
-      with("combine",
-           [](Bitmap to, Coordinate left, Coordinate top, Coordinate width, Coordinate height, Bitmap from,
-              Coordinate sourceLeft, Coordinate sourceTop, unsigned operation) {
-             Zv_CombineBitmap(to, left.value, top.value, width.value, height.value, from, sourceLeft.value,
-                              sourceTop.value, operation);
-           }),
-      with("pixel",
-           [](Bitmap bitmap, Coordinate row, Coordinate column, COLORREF color) {
-             Zv_PutPixelColor(bitmap, row.value, column.value, color);
-             (void)Zv_GetPixelColor(bitmap, row.value, column.value);
-           }),
-      with("colours", [](Bitmap bitmap, int first, unsigned count,
-                         const RGBQUAD* colors) { Zv_PutBitmapColors(bitmap, first, count % 257, colors); }),
+      callWith<FreshBitmap, int, Coordinate, Coordinate, int, int, const RGBQUAD*, int>("create", Zv_CreateBitmap),
+      {"duplicate", duplicate},
+      callWith<FreshBitmap, Bitmap>("copy", Zv_CopyBitmap),
+      callWith<FreshBitmap, Bitmap, Coordinate, Coordinate, Coordinate, Coordinate>("copy rectangle",
+                                                                                    Zv_CopyBitmapRect),
+      callWith<Bitmap, Coordinate, Coordinate, Coordinate, Coordinate>("trim", Zv_TrimBitmap),
+      callWith<FreshBitmap, Bitmap, int>("perspective", Zv_ChangeBitmapViewPerspective),
+      callWith<std::nullptr_t, Bitmap, int>("perspective in place", Zv_ChangeBitmapViewPerspective),
+      {"reduce", reduce},
+      callWith<const BitmapHandle*, FreshBitmap>("mask", Zv_CreateMaskFromBitmapRgn),
+      callWith<Bitmap, FreshBitmap>("alpha", Zv_GetBitmapAlpha),
+      {"capture", capture},
+      callWith<Bitmap, Coordinate, Coordinate, unsigned>("size", Zv_SizeBitmap),
+      callWith<Bitmap, Coordinate, Coordinate>("resample", Zv_ResampleBitmap),
+      callWith<Bitmap, Coordinate>("height", Zv_ChangeBitmapHeight),
+      {"polygon", polygon},
+      callWith<Bitmap, const RegionXForm*, const RECT*, Coordinate, Coordinate, int>("round rectangle",
+                                                                                     Zv_SetBitmapRgnRoundRect),
+      callWith<Bitmap, Coordinate, Coordinate, Coordinate, Coordinate, Bitmap, Coordinate, Coordinate, unsigned>(
+          "combine", Zv_CombineBitmap),
+      callWith<Bitmap, Coordinate, Coordinate, COLORREF>("put pixel", Zv_PutPixelColor),
+      callWith<Bitmap, Coordinate, Coordinate>("get pixel", Zv_GetPixelColor),
+      {"colours", putColors},
+      {"fixed palette", makePalette},
 
       call("Zv_TrimBitmapHeap", Zv_TrimBitmapHeap),
       call("Zv_CopyBitmapData", Zv_CopyBitmapData),
       call("Zv_PointFromBitmap", Zv_PointFromBitmap),
       call("Zv_RectToBitmap", Zv_RectToBitmap),
-      with("fixed palette",
-           [](Bitmap bitmap) {
-             if (bitmap == nullptr || bitmap->Palette == nullptr) Zv_CreateBitmapFixedPalette(bitmap);
-           }),
       call("Zv_IsGrayScaleBitmap", Zv_IsGrayScaleBitmap),
       call("Zv_TranslateBitmapColor", Zv_TranslateBitmapColor),
       call("Zv_SetPaintIntensity", Zv_SetPaintIntensity),

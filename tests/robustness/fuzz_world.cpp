@@ -7,7 +7,7 @@
 namespace zavotest {
 namespace {
 
-constexpr uint64_t largestImage = 4 << 20;
+constexpr int64_t mostPixels = 2 << 20;
 constexpr int storages[] = {ALLOC_MEMORY, ALLOC_MEMORY, ALLOC_MEMORY_ONLY, ALLOC_DISK};
 constexpr int perspectives[] = {0, VIEW_UPRIGHT, VIEW_BOTTOM_UP, VIEW_TURNED_90, VIEW_TURNED_270};
 
@@ -87,8 +87,7 @@ void FuzzWorld::addRegion(BitmapHandle& bitmap) {
 void FuzzWorld::checkBitmaps() {
   for (BitmapHandle& bitmap : bitmaps_) {
     if ((bitmap.Flags & BMF_ALLOCATED) == 0) continue;
-    const uint64_t bytes = uint64_t{bitmap.BytesPerLine} * static_cast<unsigned>(bitmap.Height);
-    if (bytes > largestImage || bitmap.BytesPerLine > bufferBytes) {
+    if (int64_t{bitmap.Width} * bitmap.Height > mostPixels || bitmap.BytesPerLine > bufferBytes) {
       renew(bitmap);
       continue;
     }
@@ -107,33 +106,13 @@ void FuzzWorld::checkBitmaps() {
   }
 }
 
-// Numbers around the edges of types and tables.
+// Numbers around the edges of types and tables; for now and then.
 int FuzzWorld::absurd() {
   constexpr int numbers[] = {INT_MIN, INT_MAX, -1, 0, 256, 0x8000, 0xFFFF, 0x10000, -0x10000};
   return numbers[below(std::size(numbers))];
 }
 
-template <>
-BitmapHandle* FuzzWorld::pick() {
-  return oneIn(40) ? nullptr : anyBitmap();
-}
-
-template <>
-const BitmapHandle* FuzzWorld::pick() {
-  return pick<BitmapHandle*>();
-}
-
-template <>
-FreshBitmap FuzzWorld::pick() {
-  if (oneIn(40)) return {nullptr};
-  BitmapHandle* record = anyBitmap();
-  Zv_FreeBitmap(record);
-  *record = {};
-  return {record};
-}
-
-template <>
-int FuzzWorld::pick() {
+int FuzzWorld::number() {
   switch (below(8)) {
     case 0:
       return absurd();
@@ -148,77 +127,27 @@ int FuzzWorld::pick() {
   }
 }
 
-template <>
-Coordinate FuzzWorld::pick() {
-  return {oneIn(25) ? absurd() : static_cast<int>(below(90)) - 5};
+int FuzzWorld::coordinate() {
+  return oneIn(25) ? absurd() : static_cast<int>(below(90)) - 5;
 }
 
-template <>
-unsigned FuzzWorld::pick() {
-  return oneIn(3) ? below(0x10000) : static_cast<unsigned>(pick<int>());
+BitmapHandle* FuzzWorld::freed(BitmapHandle* record) {
+  Zv_FreeBitmap(record);
+  *record = {};
+  return record;
 }
 
-template <>
-DWORD FuzzWorld::pick() {
-  const DWORD values[] = {SRCCOPY, SRCINVERT, RGB(255, 255, 255), 0, 0x01000002, random_()};
-  return values[below(std::size(values))];
-}
-
-template <>
-const RECT* FuzzWorld::pick() {
-  if (oneIn(4)) return nullptr;
+RECT* FuzzWorld::rect() {
   RECT& rect = rects_[nextRect_++ % std::size(rects_)];
-  const auto edge = [&] { return LONG{pick<Coordinate>().value}; };
-  rect = {edge(), edge(), edge(), edge()};
+  rect = {coordinate(), coordinate(), coordinate(), coordinate()};
   if (!oneIn(4) && rect.right < rect.left) std::swap(rect.left, rect.right);
   if (!oneIn(4) && rect.bottom < rect.top) std::swap(rect.top, rect.bottom);
   return &rect;
 }
 
-template <>
-RECT* FuzzWorld::pick() {
-  return const_cast<RECT*>(pick<const RECT*>());
-}
-
-template <>
-const RegionXForm* FuzzWorld::pick() {
-  if (oneIn(3)) return nullptr;
-  xform_ = {perspectives[below(5)],   pick<Coordinate>().value, pick<Coordinate>().value, pick<Coordinate>().value,
-            pick<Coordinate>().value, pick<Coordinate>().value, pick<Coordinate>().value};
+RegionXForm* FuzzWorld::xform() {
+  xform_ = {perspectives[below(5)], coordinate(), coordinate(), coordinate(), coordinate(), coordinate(), coordinate()};
   return &xform_;
-}
-
-template <>
-HDC FuzzWorld::pick() {
-  return oneIn(20) ? nullptr : contexts_[below(static_cast<unsigned>(contexts_.size()))];
-}
-
-template <>
-HRGN FuzzWorld::pick() {
-  return oneIn(8) ? nullptr : region_;
-}
-
-template <>
-HPALETTE FuzzWorld::pick() {
-  return oneIn(8) ? nullptr : palette_;
-}
-
-template <>
-const RGBQUAD* FuzzWorld::pick() {
-  return oneIn(5) ? nullptr : colors_;
-}
-
-template <>
-int* FuzzWorld::pick() {
-  if (oneIn(20)) return nullptr;
-  int& out = outs_[below(std::size(outs_))];
-  out = pick<Coordinate>().value;
-  return &out;
-}
-
-template <>
-unsigned* FuzzWorld::pick() {
-  return reinterpret_cast<unsigned*>(pick<int*>());
 }
 
 }  // namespace zavotest
