@@ -1,7 +1,10 @@
 #include "playback/film_model.h"
 
 #include <algorithm>
+#include <cstring>
 #include <gtest/gtest.h>
+
+#include "support/seen_picture.h"
 
 namespace zavotest {
 namespace {
@@ -15,124 +18,71 @@ uint32_t backgroundPixel(BitmapHandle& target) {
   return pictureOf(dot).at(0, 0);
 }
 
-bool sameColors(const std::vector<PALETTEENTRY>& a, const std::vector<PALETTEENTRY>& b) {
-  return std::ranges::equal(a, b, [](const PALETTEENTRY& x, const PALETTEENTRY& y) {
-    return x.peRed == y.peRed && x.peGreen == y.peGreen && x.peBlue == y.peBlue;
-  });
-}
-
-bool sameForm(const BitmapHandle& frame, const BitmapHandle& target) {
-  if (frame.BitsPerPixel != target.BitsPerPixel) return false;
-  return frame.BitsPerPixel > 8 ? frame.ColorOrder == target.ColorOrder : sameColors(colorsOf(frame), colorsOf(target));
-}
-
 // The frame's pixels as they go onto the target.
 Picture inTargetForm(BitmapHandle& frame, const BitmapHandle& target) {
-  if (sameForm(frame, target)) return seenPicture(frame);
-  TestBitmap converted;
-  RGBQUAD palette[256];
   const bool indexed = target.BitsPerPixel <= 8;
-  const unsigned colors = indexed ? Zv_GetPaletteEntries(target.Palette, 0, target.ColorCount, palette) : 0;
-  const unsigned options = indexed                                 ? COLORRES_NEAREST | COLORRES_GIVEN_PALETTE
-                           : target.ColorOrder == ORDER_BLUE_FIRST ? COLORRES_BLUE_FIRST
-                                                                   : 0;
-  EXPECT_EQ(Zv_ColorResBitmap(&frame, &converted, target.BitsPerPixel, options, palette, colors), KSUCCESS);
-  return seenPicture(converted);
+  RGBQUAD palette[256] = {}, own[256] = {};
+  const unsigned count = indexed ? Zv_GetPaletteEntries(target.Palette, 0, 256, palette) : 0;
+  if (frame.BitsPerPixel == target.BitsPerPixel) {
+    if (indexed) Zv_GetPaletteEntries(frame.Palette, 0, 256, own);
+    const bool same = indexed ? memcmp(own, palette, sizeof own) == 0 : frame.ColorOrder == target.ColorOrder;
+    if (same) return seenValuesOf(frame);
+  }
+  const unsigned order = target.ColorOrder == ORDER_BLUE_FIRST ? COLORRES_BLUE_FIRST : 0;
+  const unsigned options = indexed ? COLORRES_NEAREST | COLORRES_GIVEN_PALETTE : order;
+  TestBitmap converted;
+  EXPECT_EQ(Zv_ColorResBitmap(&frame, &converted, target.BitsPerPixel, options, palette, count), KSUCCESS);
+  return seenValuesOf(converted);
 }
 
-// Says of an index or of a colour whether it is the frame's transparent one.
-bool isTransparent(BitmapHandle& frame, int row, int column, uint32_t pixel) {
-  if ((frame.Flags & BMF_PLAYBACK_TRANSPARENT) == 0) return false;
-  const COLORREF color = frame.PlaybackTransparentColor;
-  if (frame.BitsPerPixel > 8) return (Zv_GetPixelColor(&frame, row, column) & 0xFFFFFF) == (color & 0xFFFFFF);
-  const std::vector<PALETTEENTRY> colors = colorsOf(frame);
-  if (color >> 24 == 1) return pixel == (color & ((1u << frame.BitsPerPixel) - 1));
-  const auto found = std::ranges::find_if(
-      colors, [&](const PALETTEENTRY& entry) { return RGB(entry.peRed, entry.peGreen, entry.peBlue) == color; });
-  return found != colors.end() && pixel == static_cast<uint32_t>(found - colors.begin());
+// The region without the transparent colour.
+Picture drawnPixels(BitmapHandle& frame) {
+  TestBitmap copy;
+  EXPECT_EQ(Zv_CopyBitmap(&copy, &frame), KSUCCESS);
+  if ((frame.Flags & BMF_PLAYBACK_TRANSPARENT) != 0) {
+    EXPECT_EQ(Zv_SetBitmapRgnColor(&copy, frame.PlaybackTransparentColor, CombineAndNotRegion), KSUCCESS);
+  }
+  return seenRegionOf(copy);
+}
+
+RECT seenArea(BitmapHandle& bitmap) {
+  RECT bounds = {};
+  EXPECT_EQ(Zv_GetBitmapRgnBounds(&bitmap, nullptr, &bounds), KSUCCESS);
+  Zv_RectFromBitmap(&bitmap, VIEW_UPRIGHT, &bounds);
+  return bounds;
 }
 
 }  // namespace
 
-SIZE seenSize(const BitmapHandle& bitmap) {
-  const bool turned = bitmap.ViewPerspective == VIEW_TURNED_90 || bitmap.ViewPerspective == VIEW_TURNED_270;
-  return turned ? SIZE{bitmap.Height, bitmap.Width} : SIZE{bitmap.Width, bitmap.Height};
-}
-
-POINT storedPixel(const BitmapHandle& bitmap, int x, int y) {
-  switch (bitmap.ViewPerspective) {
-    case VIEW_BOTTOM_UP:
-      return {x, bitmap.Height - 1 - y};
-    case VIEW_TURNED_90:  // a clockwise quarter turn makes the stored picture upright
-      return {y, bitmap.Height - 1 - x};
-    case VIEW_TURNED_270:
-      return {bitmap.Width - 1 - y, x};
-    default:
-      return {x, y};
-  }
-}
-
-Picture seenPicture(BitmapHandle& bitmap) {
-  const Picture stored = pictureOf(bitmap);
-  const SIZE size = seenSize(bitmap);
-  Picture seen(size.cx, size.cy);
-  for (int y = 0; y < seen.height; ++y) {
-    for (int x = 0; x < seen.width; ++x) {
-      const POINT from = storedPixel(bitmap, x, y);
-      seen.at(x, y) = stored.at(from.x, from.y);
-    }
-  }
-  return seen;
-}
-
-RECT seenRect(const BitmapHandle& bitmap, const RECT& stored) {
-  const SIZE size = seenSize(bitmap);
-  RECT seen = {};
-  for (int y = 0; y < size.cy; ++y) {
-    for (int x = 0; x < size.cx; ++x) {
-      if (!PtInRect(&stored, storedPixel(bitmap, x, y))) continue;
-      const RECT pixel = {x, y, x + 1, y + 1};
-      UnionRect(&seen, &seen, &pixel);
-    }
-  }
-  return seen;
-}
-
-FrameModel modelOf(BitmapHandle& frame, BitmapHandle& target) {
-  FrameModel model{.place = {frame.PlaybackLeft, frame.PlaybackTop},
-                   .pixels = inTargetForm(frame, target),
-                   .drawn = {},
-                   .area = {},
-                   .delay = frame.PlaybackDelay,
-                   .disposal = frame.PlaybackDisposal,
-                   .waitsForUser = (frame.Flags & BMF_PLAYBACK_WAITUSER) != 0};
-  const Picture own = seenPicture(frame);
-  for (int y = 0; y < own.height; ++y) {
-    for (int x = 0; x < own.width; ++x) {
-      const POINT at = storedPixel(frame, x, y);
-      const bool inRegion = Zv_IsPtInBitmapRgn(&frame, at.y, at.x) == 1;
-      model.drawn.push_back(inRegion && !isTransparent(frame, at.y, at.x, own.at(x, y)));
-    }
-  }
-  RECT bounds;
-  EXPECT_EQ(Zv_GetBitmapRgnBounds(&frame, nullptr, &bounds), KSUCCESS);
-  model.area = seenRect(frame, bounds);
-  return model;
-}
-
 FilmModel::FilmModel(BitmapHandle& target)
-    : seen(seenPicture(target)),
-      targetPlace_{target.PlaybackLeft, target.PlaybackTop},
-      background_(backgroundPixel(target)) {
-  for (int y = 0; y < seen.height; ++y) {
-    for (int x = 0; x < seen.width; ++x) {
-      const POINT at = storedPixel(target, x, y);
-      region_.push_back(Zv_IsPtInBitmapRgn(&target, at.y, at.x) == 1);
-    }
-  }
-  RECT bounds;
-  EXPECT_EQ(Zv_GetBitmapRgnBounds(&target, nullptr, &bounds), KSUCCESS);
-  targetArea_ = seenRect(target, bounds);
+    : seen(seenValuesOf(target)),
+      target_(target),
+      background_(backgroundPixel(target)),
+      region_(seenRegionOf(target)) {}
+
+void FilmModel::append(BitmapHandle& frame) {
+  frames_.push_back({.place = {frame.PlaybackLeft, frame.PlaybackTop},
+                     .rowCount = frame.Height,
+                     .pixels = inTargetForm(frame, target_),
+                     .drawn = drawnPixels(frame),
+                     .area = seenArea(frame),
+                     .delay = frame.PlaybackDelay,
+                     .disposal = frame.PlaybackDisposal,
+                     .waitsForUser = (frame.Flags & BMF_PLAYBACK_WAITUSER) != 0});
+  isLoading_ = true;
+  rows_.clear();
+  if (state == PB_END) state = PB_RENDER;
+}
+
+void FilmModel::validate(int64_t first, int64_t count) {
+  if (!isLoading_) return;
+  const int64_t end = std::min<int64_t>(first + count, frames_.back().rowCount);
+  for (int64_t row = std::max<int64_t>(first, 0); row < end; ++row) rows_.insert(row);
+  if (static_cast<int>(rows_.size()) == frames_.back().rowCount) isLoading_ = false;
+}
+
+bool FilmModel::rowsAreMissing() const {
+  return isLoading_ && index + 1 == frameCount();
 }
 
 void FilmModel::addArea(RECT area, POINT place) {
@@ -143,59 +93,53 @@ void FilmModel::addArea(RECT area, POINT place) {
 
 template <typename Visit>
 void FilmModel::forFramePixels(Visit visit) {
-  for (int y = 0; y < frame().pixels.height; ++y) {
-    for (int x = 0; x < frame().pixels.width; ++x) {
-      const int targetX = frame().place.x + x;
-      const int targetY = frame().place.y + y;
-      if (targetX < 0 || targetY < 0 || targetX >= seen.width || targetY >= seen.height) continue;
-      if (inRegion(targetX, targetY)) visit(targetX, targetY, x, y);
+  for (int y = 0; y < seen.height; ++y) {
+    for (int x = 0; x < seen.width; ++x) {
+      const int64_t frameX = int64_t{x} - frame().place.x;
+      const int64_t frameY = int64_t{y} - frame().place.y;
+      if (frameX < 0 || frameY < 0 || frameX >= frame().pixels.width || frameY >= frame().pixels.height) continue;
+      if (region_.at(x, y) != 0) visit(x, y, static_cast<int>(frameX), static_cast<int>(frameY));
     }
   }
 }
 
 void FilmModel::draw() {
-  if (frame().disposal == 3) saved_ = seen;
+  saved_ = seen;
   forFramePixels([&](int x, int y, int frameX, int frameY) {
-    if (!frame().drawn[static_cast<size_t>(frameY * frame().pixels.width + frameX)]) return;
-    seen.at(x, y) = frame().pixels.at(frameX, frameY);
+    if (frame().drawn.at(frameX, frameY) != 0) seen.at(x, y) = frame().pixels.at(frameX, frameY);
   });
   addArea(frame().area, frame().place);
 }
 
 void FilmModel::dispose() {
-  if (frame().disposal == 2) forFramePixels([&](int x, int y, int, int) { seen.at(x, y) = background_; });
-  if (frame().disposal == 3 && saved_)
-    forFramePixels([&](int x, int y, int, int) { seen.at(x, y) = saved_->at(x, y); });
-  if (frame().disposal == 2 || frame().disposal == 3) addArea(frame().area, frame().place);
-}
-
-void FilmModel::next() {
-  ++index;
-  state = static_cast<size_t>(index) < frames_.size() ? PB_RENDER : PB_END;
+  if (frame().disposal != 2 && frame().disposal != 3) return;
+  forFramePixels(
+      [&](int x, int y, int, int) { seen.at(x, y) = frame().disposal == 2 ? background_ : saved_.at(x, y); });
+  addArea(frame().area, frame().place);
 }
 
 void FilmModel::step(uint32_t ticks) {
   switch (state) {
     case PB_PRECLEAR:
-      for (int y = 0; y < seen.height; ++y) {
-        for (int x = 0; x < seen.width; ++x) {
-          if (inRegion(x, y)) seen.at(x, y) = background_;
-        }
+      for (size_t i = 0; i < seen.pixels.size(); ++i) {
+        if (region_.pixels[i] != 0) seen.pixels[i] = background_;
       }
-      addArea(targetArea_, targetPlace_);
+      addArea(seenArea(target_), {target_.PlaybackLeft, target_.PlaybackTop});
       state = PB_POSTCLEAR;
       break;
     case PB_POSTCLEAR:
     case PB_NEXT:
-      next();
+      ++index;
+      state = index < frameCount() ? PB_RENDER : PB_END;
       break;
     case PB_RENDER:
-      draw();
-      state = PB_POSTRENDER;
+    case PB_WAITLINES:
+      state = rowsAreMissing() ? PB_WAITLINES : index < frameCount() ? PB_POSTRENDER : PB_END;
+      if (state == PB_POSTRENDER) draw();
       break;
     case PB_POSTRENDER:
+      delayStart_ = ticks;
       if (frame().delay > 0) {
-        delayStart_ = ticks;
         state = frame().waitsForUser ? PB_WAITINPUTDELAY : PB_WAITDELAY;
       } else {
         state = frame().waitsForUser ? PB_WAITINPUT : PB_DISPOSE;
@@ -209,7 +153,7 @@ void FilmModel::step(uint32_t ticks) {
       dispose();
       state = PB_NEXT;
       break;
-    case PB_END:
+    case PB_END:  // round again, over what is there
       index = 0;
       state = PB_RENDER;
       break;
@@ -220,6 +164,23 @@ void FilmModel::step(uint32_t ticks) {
 
 void FilmModel::cancelWait() {
   if (state == PB_WAITINPUT || state == PB_WAITDELAY || state == PB_WAITINPUTDELAY) state = PB_DISPOSE;
+}
+
+void FilmModel::seek(int wanted, uint32_t ticks) {
+  isLoading_ = false;  // who seeks takes the rows as they are
+  if (index > wanted) {
+    state = PB_PRECLEAR;
+    index = -1;
+  }
+  while (index < wanted) {
+    step(ticks);
+    cancelWait();
+  }
+}
+
+unsigned FilmModel::delay(uint32_t ticks) const {
+  const bool waits = state == PB_WAITDELAY || state == PB_WAITINPUTDELAY;
+  return waits && ticks - delayStart_ < frame().delay ? frame().delay - (ticks - delayStart_) : 0;
 }
 
 }  // namespace zavotest

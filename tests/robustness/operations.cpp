@@ -202,9 +202,14 @@ constexpr RECT paintedPlace = {5, 5, 55, 35};
 int playback(Subjects& s) {
   PlaybackHandle made = nullptr;
   BitmapListHandle list = nullptr;
+  BitmapHandle frame{};
   if (const int status = Zv_CreatePlayback(&made, &s.bitmap, nullptr); status != KSUCCESS) return status;
+  int status = Zv_CopyBitmap(&frame, &s.bitmap);
+  if (status == KSUCCESS) status = Zv_AppendPlayback(made, &frame);
+  if (status != KSUCCESS) Zv_FreeBitmap(&frame);
   Zv_DestroyPlayback(made, &list);
-  return Zv_DestroyBitmapList(list);
+  Zv_DestroyBitmapList(list);
+  return status;
 }
 
 int paint(Subjects& s) {
