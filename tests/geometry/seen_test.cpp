@@ -74,7 +74,8 @@ Picture sheared(const Picture& picture, int angle, bool horizontal) {
                });
 }
 
-constexpr int angles[] = {0, 700, 1500, 3333, 4500, -700, -1500, -4500};
+// At 8.13 and 33.69 degrees the shift is a ratio of small numbers: 1 / 7 and 2 / 3.
+constexpr int angles[] = {0, 700, 813, 3369, 4500, -813, -1500, -4500};
 
 // `number` picks an angle or a perspective.
 struct Operation {
