@@ -7,46 +7,28 @@
 #include <commctrl.h>
 #include <shlobj.h>
 
+#include "support/seen_picture.h"
 #include "zavoview/resource.h"
 
 namespace {
 
 constexpr DWORD patience = 15000;  // milliseconds
 
-std::string narrow(const std::wstring& text) {
-  std::string result;
-  for (const wchar_t unit : text) result.push_back(static_cast<char>(unit));
-  return result;
-}
-
 std::string textOf(HWND window) {
-  wchar_t text[1024] = L"";
-  SendMessageW(window, WM_GETTEXT, std::size(text), reinterpret_cast<LPARAM>(text));
-  return narrow(text);
-}
-
-struct WindowQuestion {
-  DWORD process;
-  const wchar_t* className;
-  HWND found;
-};
-
-BOOL CALLBACK checkWindow(HWND window, LPARAM lParam) {
-  auto& question = *reinterpret_cast<WindowQuestion*>(lParam);
-  DWORD process = 0;
-  wchar_t name[64] = L"";
-  GetWindowThreadProcessId(window, &process);
-  GetClassNameW(window, name, static_cast<int>(std::size(name)));
-  if (process != question.process || lstrcmpW(name, question.className) != 0 || !IsWindowVisible(window)) return TRUE;
-  question.found = window;
-  return FALSE;
+  char text[1024] = "";
+  SendMessageA(window, WM_GETTEXT, std::size(text), reinterpret_cast<LPARAM>(text));
+  return text;
 }
 
 /// A visible top window of a process.
-HWND findWindow(DWORD process, const wchar_t* className) {
-  WindowQuestion question{process, className, nullptr};
-  EnumWindows(checkWindow, reinterpret_cast<LPARAM>(&question));
-  return question.found;
+HWND findWindow(DWORD process, const char* className) {
+  HWND window = nullptr;
+  while ((window = FindWindowExA(nullptr, window, className, nullptr)) != nullptr) {
+    DWORD owner = 0;
+    GetWindowThreadProcessId(window, &owner);
+    if (owner == process && IsWindowVisible(window)) break;
+  }
+  return window;
 }
 
 /// Memory of another process.
@@ -78,7 +60,7 @@ ViewerDriver::ViewerDriver(const std::string& arguments) {
   STARTUPINFOA startup{};
   startup.cb = sizeof startup;
   EXPECT_TRUE(CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process_));
-  EXPECT_TRUE(soon([this] { return (window_ = findWindow(process_.dwProcessId, L"ZavoviewWindow")) != nullptr; }));
+  EXPECT_TRUE(soon([this] { return (window_ = findWindow(process_.dwProcessId, "ZavoviewWindow")) != nullptr; }));
   WaitForInputIdle(process_.hProcess, patience);
   SetWindowPos(window_, nullptr, 0, 0, 900, 600, SWP_NOZORDER);
 }
@@ -94,22 +76,28 @@ HWND ViewerDriver::canvas() const {
   return GetDlgItem(window_, IDC_CANVAS);
 }
 
+HWND ViewerDriver::parentOf(int control) const {
+  HWND part = GetWindow(window_, GW_CHILD);
+  while (part != nullptr && GetDlgItem(part, control) == nullptr) part = GetWindow(part, GW_HWNDNEXT);
+  return part;
+}
+
 std::string ViewerDriver::title() const {
   return textOf(window_);
 }
 
 std::string ViewerDriver::status(int part) const {
   const RemoteMemory memory(process_.hProcess, 1024);
-  SendMessageW(GetDlgItem(window_, IDC_STATUS), SB_GETTEXTW, static_cast<WPARAM>(part),
+  SendMessageW(GetDlgItem(window_, IDC_STATUS), SB_GETTEXTA, static_cast<WPARAM>(part),
                reinterpret_cast<LPARAM>(memory.address()));
-  wchar_t text[512] = L"";
-  ReadProcessMemory(process_.hProcess, memory.address(), text, sizeof text - sizeof *text, nullptr);
-  return narrow(text);
+  char text[512] = "";
+  ReadProcessMemory(process_.hProcess, memory.address(), text, sizeof text - 1, nullptr);
+  return text;
 }
 
 HWND ViewerDriver::dialog() const {
   HWND found = nullptr;
-  EXPECT_TRUE(soon([&] { return (found = findWindow(process_.dwProcessId, L"#32770")) != nullptr; })) << "no dialog";
+  EXPECT_TRUE(soon([&] { return (found = findWindow(process_.dwProcessId, "#32770")) != nullptr; })) << "no dialog";
   return found;
 }
 
@@ -125,11 +113,8 @@ void ViewerDriver::press(HWND dialog, int button) const {
 
 std::string ViewerDriver::messageOf(HWND box) {
   std::string result;
-  for (HWND child = GetWindow(box, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-    wchar_t name[16] = L"";
-    GetClassNameW(child, name, static_cast<int>(std::size(name)));
-    if (lstrcmpiW(name, L"Static") == 0) result += textOf(child);
-  }
+  for (HWND child = nullptr; (child = FindWindowExA(box, child, "Static", nullptr)) != nullptr;)
+    result += textOf(child);
   return result;
 }
 
@@ -200,22 +185,15 @@ void ViewerDriver::drop(const std::string& path) const {
   SendMessageW(window_, WM_DROPFILES, reinterpret_cast<WPARAM>(memory), 0);
 }
 
-ScreenPicture ViewerDriver::seen() const {
+zavotest::Picture ViewerDriver::seen() const {
   RECT rect;
   GetClientRect(canvas(), &rect);
   MapWindowPoints(canvas(), nullptr, reinterpret_cast<POINT*>(&rect), 2);
-  const int width = rect.right - rect.left;
-  const int height = rect.bottom - rect.top;
   const HDC screen = GetDC(nullptr);
-  BitmapHandle bitmap{};
+  zavotest::TestBitmap bitmap;
   EXPECT_EQ(KSUCCESS, Zv_ScreenCaptureBitmap(screen, &bitmap, &rect));
   ReleaseDC(nullptr, screen);
-  EXPECT_EQ(KSUCCESS, Zv_ChangeBitmapViewPerspective(nullptr, &bitmap, VIEW_UPRIGHT));
-  ScreenPicture picture{width, height, {}};
-  for (int y = 0; y < height; y++)
-    for (int x = 0; x < width; x++) picture.colors.push_back(Zv_GetPixelColor(&bitmap, y, x));
-  Zv_FreeBitmap(&bitmap);
-  return picture;
+  return zavotest::seenOf(bitmap);
 }
 
 bool ViewerDriver::soon(const std::function<bool()>& holds) {

@@ -3,16 +3,9 @@
 
 #include <functional>
 #include <string>
-#include <vector>
 #include <windows.h>
 
-/// A piece of the screen, copied.
-struct ScreenPicture {
-  int width = 0;
-  int height = 0;
-  std::vector<COLORREF> colors;
-  [[nodiscard]] COLORREF at(int x, int y) const { return colors[static_cast<size_t>(y * width + x)]; }
-};
+#include "support/test_bitmap.h"
 
 class ViewerDriver {
  public:
@@ -24,6 +17,8 @@ class ViewerDriver {
 
   [[nodiscard]] HWND window() const { return window_; }
   [[nodiscard]] HWND canvas() const;
+  /// The part of the window that holds a control.
+  [[nodiscard]] HWND parentOf(int control) const;
   [[nodiscard]] std::string title() const;
   /// The text of a part of the status bar.
   [[nodiscard]] std::string status(int part) const;
@@ -60,7 +55,7 @@ class ViewerDriver {
   void drop(const std::string& path) const;
 
   /// What is on the screen where the canvas is.
-  [[nodiscard]] ScreenPicture seen() const;
+  [[nodiscard]] zavotest::Picture seen() const;
   /// Waits until something holds; false when it does not within some seconds.
   [[nodiscard]] static bool soon(const std::function<bool()>& holds);
   /// Waits for the end of the program; gives its exit code, or STILL_ACTIVE.

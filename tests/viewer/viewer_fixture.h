@@ -1,15 +1,14 @@
 // What the tests of zavoview share: a small picture that is open in the program, and a plain model of it.
 #pragma once
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <objbase.h>
 #include <string>
-#include <vector>
 #include <wincodec.h>
 #include <windows.h>
 
 #include "examples/picture_files.h"
+#include "support/test_bitmap.h"
 #include "viewer/viewer_driver.h"
 #include "zavoview/resource.h"
 
@@ -17,25 +16,15 @@
 enum StatusPart { MessagePart, ScalePart, PicturePart, SelectionPart, PositionPart, ColorPart };
 
 /// Colours, 0xRRGGBB, row by row from the top.
-struct Model {
-  int width = 0;
-  int height = 0;
-  std::vector<uint32_t> colors;
-  [[nodiscard]] uint32_t at(int x, int y) const { return colors[static_cast<size_t>(y * width + x)]; }
-  uint32_t& at(int x, int y) { return colors[static_cast<size_t>(y * width + x)]; }
-};
+using Model = zavotest::Picture;
 
 /// Every pixel by a rule.
 template <typename Rule>
 Model makeModel(int width, int height, Rule rule) {
-  Model model{width, height, {}};
+  Model model(width, height);
   for (int y = 0; y < height; y++)
-    for (int x = 0; x < width; x++) model.colors.push_back(rule(x, y));
+    for (int x = 0; x < width; x++) model.at(x, y) = rule(x, y);
   return model;
-}
-
-inline uint32_t rgbOf(COLORREF color) {
-  return static_cast<uint32_t>(GetRValue(color) << 16 | GetGValue(color) << 8 | GetBValue(color));
 }
 
 class ViewerTest : public testing::Test {
@@ -53,8 +42,11 @@ class ViewerTest : public testing::Test {
     return makeModel(sampleWidth, sampleHeight, [](int x, int y) { return sampleColor(sample, x, y); });
   }
 
-  static void waitForPicture(const ViewerDriver& viewer) {
-    ASSERT_TRUE(viewer.soon([&] { return viewer.status(ScalePart) == "100 %"; }));
+  static void waitForPicture(const ViewerDriver& viewer) { expectSoon(viewer, ScalePart, "100 %"); }
+  /// A part of the status bar says this within some seconds.
+  static void expectSoon(const ViewerDriver& viewer, StatusPart part, const std::string& text) {
+    EXPECT_TRUE(viewer.soon([&] { return viewer.status(part) == text; }))
+        << viewer.status(part) << " instead of " << text;
   }
 
   /// Where a pixel of a picture that fits into the canvas at its actual size is.
@@ -67,23 +59,16 @@ class ViewerTest : public testing::Test {
     return pointOf(viewer, {sampleWidth, sampleHeight}, x, y);
   }
 
+  [[nodiscard]] Model read(const std::string& name) const {
+    BmpFile bmp = readBmp(file(name));
+    Model model(bmp.width, bmp.height);
+    model.pixels = std::move(bmp.colors);
+    return model;
+  }
   /// Saves the picture under its own name and reads the file.
   [[nodiscard]] Model saved(const ViewerDriver& viewer, const std::string& name = "in.bmp") const {
     viewer.command(ID_SAVE);
-    BmpFile bmp = readBmp(file(name));
-    return {bmp.width, bmp.height, std::move(bmp.colors)};
-  }
-
-  static void expectSame(const Model& expected, const Model& model) {
-    ASSERT_EQ(expected.width, model.width);
-    ASSERT_EQ(expected.height, model.height);
-    int wrong = 0;
-    for (int y = 0; y < model.height; y++)
-      for (int x = 0; x < model.width; x++)
-        if (model.at(x, y) != expected.at(x, y) && wrong++ < 5)
-          ADD_FAILURE() << "pixel " << x << ", " << y << " is " << std::hex << model.at(x, y) << " instead of "
-                        << expected.at(x, y);
-    EXPECT_EQ(0, wrong) << "wrong pixels";
+    return read(name);
   }
 
   inline static const FrameFormat sample = {"bmp 24", GUID_ContainerFormatBmp, GUID_WICPixelFormat24bppBGR, 24, false};

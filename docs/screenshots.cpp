@@ -123,9 +123,7 @@ TEST_F(Screenshots, Adjusted) {
   const ViewerDriver viewer("\"" + photo() + "\"");
   viewer.command(ID_ADJUST);
   arrange(viewer, {860, 560});
-  HWND bar = nullptr;
-  for (HWND child = GetWindow(viewer.window(), GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT))
-    if (GetDlgItem(child, IDC_INTENSITY) != nullptr) bar = child;
+  const HWND bar = viewer.parentOf(IDC_INTENSITY);
   const struct {
     int slider;
     int position;
@@ -142,6 +140,7 @@ TEST_F(Screenshots, Adjusted) {
 constexpr int globeSize = 360;
 constexpr int samples = 2;  // each way, in a pixel
 constexpr int globeFrames = 12;
+constexpr unsigned globeColors = 128;
 
 /// Adds the colour that is seen at a point of the frame.
 void addSample(double (&sum)[3], Picture& map, int frame, double column, double row) {
@@ -190,15 +189,15 @@ void writeGlobe(const std::string& path, Picture& map) {
     zv::check(Zv_InsertBitmapListItem(list, ~0u, picture.handle()), "keep the frame");
     *picture.handle() = {};
   }
-  zv::check(Zv_ColorResBitmapList(list, 8, COLORRES_OPTIMISED_PALETTE, nullptr, 256), "reduce the colours");
+  zv::check(Zv_ColorResBitmapList(list, 8, COLORRES_OPTIMISED_PALETTE, nullptr, globeColors), "reduce the colours");
   std::vector<uint32_t> palette;
   std::vector<GifFrame> frames;
   for (unsigned index = 0; index < globeFrames; index++) {
     BitmapHandle item;
     Zv_GetBitmapListItem(list, index, &item);
     if (palette.empty()) {
-      RGBQUAD colors[256];
-      Zv_GetBitmapColors(&item, 0, 256, colors);
+      RGBQUAD colors[globeColors];
+      Zv_GetBitmapColors(&item, 0, globeColors, colors);
       for (const RGBQUAD& color : colors)
         palette.push_back(static_cast<uint32_t>(color.rgbRed << 16 | color.rgbGreen << 8 | color.rgbBlue));
     }
