@@ -27,7 +27,18 @@ uint32_t indexOfColor(const BitmapHandle& bitmap, COLORREF color) {
   return index & ((1u << bitmap.BitsPerPixel) - 1);
 }
 
-// A pattern that repeats after `bytes` bytes: 1, 2, 3 or 4 of them for whole-byte pixels, eight pixels below.
+// The pixel that stands for a colour value, lowest byte first in memory.
+uint32_t pixelOfColor(const BitmapHandle& bitmap, COLORREF color) {
+  if (bitmap.BitsPerPixel <= 8) return indexOfColor(bitmap, color);
+  uint32_t first = GetRValue(color);
+  uint32_t last = GetBValue(color);
+  const uint32_t green = GetGValue(color);
+  if (bitmap.ColorOrder == ORDER_BLUE_FIRST) std::swap(first, last);
+  if (bitmap.BitsPerPixel == 16) return last >> 3 << 10 | green >> 3 << 5 | first >> 3;
+  return last << 16 | green << 8 | first;
+}
+
+// A pattern that repeats after `length` bytes: 1, 2, 3 or 4 of them for whole-byte pixels, eight pixels below.
 struct Pattern {
   uint8_t bytes[8];
   size_t length;
@@ -65,31 +76,17 @@ void repeat(uint8_t* row, const Pattern& pattern, size_t bytes) {
 
 }  // namespace
 
-uint32_t pixelOfColor(const BitmapHandle& bitmap, COLORREF color) {
-  if (bitmap.BitsPerPixel <= 8) return indexOfColor(bitmap, color);
-  uint32_t first = GetRValue(color);
-  uint32_t last = GetBValue(color);
-  const uint32_t green = GetGValue(color);
-  if (bitmap.ColorOrder == ORDER_BLUE_FIRST) std::swap(first, last);
-  if (bitmap.BitsPerPixel == 16) return last >> 3 << 10 | green >> 3 << 5 | first >> 3;
-  return last << 16 | green << 8 | first;
-}
-
-void fillPixelRow(uint8_t* row, int bitsPerPixel, uint32_t pixel, unsigned count) {
+void fillColorRow(uint8_t* row, const BitmapHandle& bitmap, COLORREF color, unsigned count) {
   if (count == 0) return;
-  const auto bits = static_cast<unsigned>(bitsPerPixel);
+  const auto bits = static_cast<unsigned>(bitmap.BitsPerPixel);
   const auto bytes = static_cast<size_t>(packedBytesFor(count, bits));
   const auto usedBits = static_cast<unsigned>(uint64_t{count} * bits % 8);  // of the last byte; 0 for all
   uint8_t& lastByte = row[bytes - 1];
   const bool keepsTail = usedBits != 0 && 8 % bits != 0;
   const uint8_t tailMask = keepsTail ? static_cast<uint8_t>(0xFF >> usedBits) : uint8_t{0};
   const auto tail = static_cast<uint8_t>(lastByte & tailMask);
-  repeat(row, patternOf(bits, pixel), bytes);
+  repeat(row, patternOf(bits, pixelOfColor(bitmap, color)), bytes);
   lastByte = static_cast<uint8_t>((lastByte & ~tailMask) | tail);
-}
-
-void fillColorRow(uint8_t* row, const BitmapHandle& bitmap, COLORREF color, unsigned count) {
-  fillPixelRow(row, bitmap.BitsPerPixel, pixelOfColor(bitmap, color), count);
 }
 
 }  // namespace zavo

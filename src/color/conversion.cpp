@@ -42,6 +42,12 @@ constexpr PixelSize pixelSize(int depth) {
   return depth == 32 ? PixelSize::bits32 : PixelSize::gray8;
 }
 
+// The fastest function on this processor; null where rows stay as they are.
+PixelRowFunction pixelRowFunction(PixelSize source, PixelSize destination, bool swap) {
+  const PixelRowFunction fast = cpuHasSsse3() ? ssse3PixelRows.find(source, destination, swap) : nullptr;
+  return fast != nullptr ? fast : plainPixelRows.find(source, destination, swap);
+}
+
 // The palette of one side: the given one, else the fixed one; null for grey, which is how the map builder knows it.
 const RGBQUAD* paletteOf(int depth, const RGBQUAD* given) {
   if (depth == 0) return nullptr;
@@ -73,11 +79,6 @@ void storeColors(uint8_t* destination, const uint8_t* indexes, const uint8_t (*c
 }
 
 }  // namespace
-
-PixelRowFunction pixelRowFunction(PixelSize source, PixelSize destination, bool swap) {
-  const PixelRowFunction fast = cpuHasSsse3() ? ssse3PixelRows.find(source, destination, swap) : nullptr;
-  return fast != nullptr ? fast : plainPixelRows.find(source, destination, swap);
-}
 
 void RowConverter::copyRow(uint8_t* destination, const uint8_t* source, unsigned width) {
   if (destination != source) memcpy(destination, source, static_cast<size_t>(packedBytesFor(width, sourceBits_)));

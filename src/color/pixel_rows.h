@@ -26,7 +26,4 @@ struct PixelRowTable {
 extern const PixelRowTable plainPixelRows;  // all there are
 extern const PixelRowTable ssse3PixelRows;  // only where they gain; need SSSE3
 
-// The fastest function on this processor; null where rows stay as they are.
-[[nodiscard]] PixelRowFunction pixelRowFunction(PixelSize source, PixelSize destination, bool swap);
-
 }  // namespace zavo

@@ -19,6 +19,15 @@ constexpr auto reversedBits = [] {
   return table;
 }();
 
+// As thresholdRow, pixel by pixel.
+void thresholdPixels(uint8_t* packed, const uint8_t* levels, unsigned count, const uint8_t thresholds[8]) {
+  for (unsigned x = 0; x < count; ++x) {
+    const unsigned bit = 0x80u >> (x & 7);
+    if ((x & 7) == 0) packed[x / 8] = 0;
+    if (levels[x] > thresholds[x & 7]) packed[x / 8] = static_cast<uint8_t>(packed[x / 8] | bit);
+  }
+}
+
 }  // namespace
 
 const ThresholdMatrix dispersedMatrix = {
@@ -35,14 +44,6 @@ const ThresholdMatrix clusteredMatrix = {
     {164, 228, 252, 204, 60, 28, 4, 84},    {132, 220, 188, 156, 100, 68, 36, 124},
 };
 
-void thresholdRowPlain(uint8_t* packed, const uint8_t* levels, unsigned count, const uint8_t thresholds[8]) {
-  for (unsigned x = 0; x < count; ++x) {
-    const unsigned bit = 0x80u >> (x & 7);
-    if ((x & 7) == 0) packed[x / 8] = 0;
-    if (levels[x] > thresholds[x & 7]) packed[x / 8] = static_cast<uint8_t>(packed[x / 8] | bit);
-  }
-}
-
 void thresholdRow(uint8_t* packed, const uint8_t* levels, unsigned count, const uint8_t thresholds[8]) {
   const __m128i eight = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(thresholds));
   const __m128i limits = _mm_unpacklo_epi64(eight, eight);
@@ -56,7 +57,7 @@ void thresholdRow(uint8_t* packed, const uint8_t* levels, unsigned count, const 
     packed[x / 8] = reversedBits[mask & 255];
     packed[x / 8 + 1] = reversedBits[mask >> 8 & 255];
   }
-  thresholdRowPlain(packed + x / 8, levels + x, count - x, thresholds);
+  thresholdPixels(packed + x / 8, levels + x, count - x, thresholds);
 }
 
 }  // namespace zavo

@@ -18,7 +18,4 @@ extern const ThresholdMatrix clusteredMatrix;
 // most significant first, (count + 7) / 8 bytes are written, bits after the last pixel are 0.
 void thresholdRow(uint8_t* packed, const uint8_t* levels, unsigned count, const uint8_t thresholds[8]);
 
-// The plain version, which the vector one is held to.
-void thresholdRowPlain(uint8_t* packed, const uint8_t* levels, unsigned count, const uint8_t thresholds[8]);
-
 }  // namespace zavo

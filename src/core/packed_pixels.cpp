@@ -259,17 +259,4 @@ void shiftBitsLeft(uint8_t* packed, unsigned bytes, unsigned shift) {
   packed[at] = static_cast<uint8_t>(packed[at] << shift);
 }
 
-void shiftBitsRight(uint8_t* packed, unsigned bytes, unsigned shift) {
-  if (shift == 0 || bytes == 0) return;
-  unsigned end = bytes;
-  for (; end > 4; end -= 4) {
-    uint8_t* word = packed + end - 4;
-    storeWord(word, loadWord(word) >> shift | static_cast<uint32_t>(word[-1]) << (32 - shift));
-  }
-  for (; end > 1; --end) {
-    packed[end - 1] = static_cast<uint8_t>(packed[end - 1] >> shift | packed[end - 2] << (8 - shift));
-  }
-  packed[0] = static_cast<uint8_t>(packed[0] >> shift);
-}
-
 }  // namespace zavo

@@ -26,8 +26,6 @@ void copyBits(uint8_t* target, uint64_t targetBit, const uint8_t* source, uint64
 
 // Moves the content of `bytes` bytes towards the first bit by `shift` bits, 0 to 7; zeros come in at the end.
 void shiftBitsLeft(uint8_t* packed, unsigned bytes, unsigned shift);
-// Moves it towards the last bit; the first byte's vacated bits become zero.
-void shiftBitsRight(uint8_t* packed, unsigned bytes, unsigned shift);
 
 // Vector code for pixels of 1 bit: takes as many pixels as are whole groups of 16, from a byte's first bit on; the
 // number taken.

@@ -32,16 +32,7 @@ void applyContrast(uint8_t* table, int contrast) {
   }
 }
 
-int setAdjustment(int32_t ThreadSettings::*adjustment, int value) {
-  if (value < -adjustmentLimit || value > adjustmentLimit) return KERR_BAD_PARAMETER;
-  ThreadSettings& settings = currentSettings();
-  settings.*adjustment = value;
-  rebuildAdjustTable(settings);
-  return KSUCCESS;
-}
-
-}  // namespace
-
+// From the three adjustments.
 void rebuildAdjustTable(ThreadSettings& settings) {
   uint8_t* table = settings.paintAdjustTable;
   for (unsigned i = 0; i < 256; ++i) table[i] = static_cast<uint8_t>(i);
@@ -54,12 +45,20 @@ void rebuildAdjustTable(ThreadSettings& settings) {
   for (unsigned i = 0; i < 256; ++i) {
     const int level = clampLevel(table[i] + offset);
     const double bent = std::pow(level / 255.0, exponent) * 255.0;
-    // Rounded by adding a half: the stated arithmetic, and values are never negative.
-    table[i] = static_cast<uint8_t>(bent + 0.5);  // NOLINT(bugprone-incorrect-roundings): the same there
+    table[i] = static_cast<uint8_t>(bent + 0.5);  // NOLINT(bugprone-incorrect-roundings): never negative
     if (table[i] != i) settings.paintAdjustActive = 1;
   }
 }
 
+int setAdjustment(int32_t ThreadSettings::*adjustment, int value) {
+  if (value < -adjustmentLimit || value > adjustmentLimit) return KERR_BAD_PARAMETER;
+  ThreadSettings& settings = currentSettings();
+  settings.*adjustment = value;
+  rebuildAdjustTable(settings);
+  return KSUCCESS;
+}
+
+}  // namespace
 }  // namespace zavo
 
 using namespace zavo;

@@ -9,9 +9,6 @@
 
 namespace zavo {
 
-// Rebuilds the thread's table from its three adjustments.
-void rebuildAdjustTable(ThreadSettings& settings);
-
 // A colour with every channel looked up in the table; its fourth byte stays.
 [[nodiscard]] inline RGBQUAD adjusted(const ThreadSettings& settings, RGBQUAD color) {
   const uint8_t* table = settings.paintAdjustTable;

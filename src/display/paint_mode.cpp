@@ -33,6 +33,19 @@ PaintMode modeOf1Bit(BitmapHandle& bitmap, int deviceBits, uint32_t flags) {
   return fixed && deviceBits == 8 ? PaintMode::dithered : PaintMode::asStored;
 }
 
+// The first colours of the bitmap's palette, as many as it has and at most as many as the fixed palette of its depth,
+// are those of that palette.
+bool hasFixedPalette(const BitmapHandle& bitmap) {
+  RGBQUAD palette[256];
+  const unsigned count = readPalette(bitmap, palette);
+  const RGBQUAD* fixed = fixedPalette(bitmap.BitsPerPixel);
+  const unsigned limit = 1u << bitmap.BitsPerPixel;
+  for (unsigned i = 0; i < count && i < limit; ++i) {
+    if (!sameColor(palette[i], fixed[i])) return false;
+  }
+  return true;
+}
+
 // 4 and 8 bits: an image at the device's own depth is dithered only when its colours are not the fixed ones.
 PaintMode modeOfDeviceDepth(const BitmapHandle& bitmap, int deviceBits, bool onFixedPalette) {
   const int bits = bitmap.BitsPerPixel;
@@ -54,17 +67,6 @@ int deviceDepth(HDC dc) {
   if (bits < 4) return 1;
   if (bits < 8) return 4;
   return bits < 16 ? 8 : 24;
-}
-
-bool hasFixedPalette(const BitmapHandle& bitmap) {
-  RGBQUAD palette[256];
-  const unsigned count = readPalette(bitmap, palette);
-  const RGBQUAD* fixed = fixedPalette(bitmap.BitsPerPixel);
-  const unsigned limit = 1u << bitmap.BitsPerPixel;
-  for (unsigned i = 0; i < count && i < limit; ++i) {
-    if (!sameColor(palette[i], fixed[i])) return false;
-  }
-  return true;
 }
 
 PaintMode paintModeOf(BitmapHandle& bitmap, int deviceBits, uint32_t displayMode) {

@@ -25,8 +25,4 @@ enum class PaintMode : int {
 
 [[nodiscard]] PaintMode paintModeOf(BitmapHandle& bitmap, int deviceBits, uint32_t displayMode);
 
-// The first colours of the bitmap's palette, as many as it has and at most as many as the fixed palette of its depth,
-// are those of that palette.
-[[nodiscard]] bool hasFixedPalette(const BitmapHandle& bitmap);
-
 }  // namespace zavo

@@ -25,16 +25,14 @@ bool canBeDrawnOn(int bitsPerPixel) {
 // Run-length rows become ordinary ones, in place. They must lie in memory: nothing can be drawn into a temporary file.
 bool unpackStorage(BitmapHandle& bitmap) {
   if (!isRunLength(bitmap)) return true;
-  BitmapHandle unpacked = bitmap;
-  if (Zv_InitBitmap(&unpacked, bitmap.Width, bitmap.Height, bitmap.BitsPerPixel) != KSUCCESS ||
-      Zv_AllocateBitmap(&unpacked, ALLOC_MEMORY_ONLY) != KSUCCESS) {
-    return false;
-  }
-  if (Zv_CopyBitmapData(&unpacked, &bitmap) != KSUCCESS) {
-    Zv_FreeBitmap(&unpacked);
+  OwnedBitmap work;
+  if (Zv_InitBitmap(work.get(), bitmap.Width, bitmap.Height, bitmap.BitsPerPixel) != KSUCCESS ||
+      Zv_AllocateBitmap(work.get(), ALLOC_MEMORY_ONLY) != KSUCCESS ||
+      Zv_CopyBitmapData(work.get(), &bitmap) != KSUCCESS) {
     return false;
   }
   // The storage changes under the record; everything else it holds stays.
+  const BitmapHandle unpacked = work.release();
   BitmapHandle changed = bitmap;
   changed.StorageHandle = unpacked.StorageHandle;
   changed.Data = unpacked.Data;
