@@ -1,7 +1,6 @@
 #include "output/printed_page.h"
 
 #include <cstdlib>
-#include <fstream>
 #include <sstream>
 #include <winspool.h>
 
@@ -22,8 +21,7 @@ std::string defaultPrinter() {
 }
 
 // A binary pixmap of 8 bits a channel.
-Picture readPixmap(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
+Picture readPixmap(std::istream& stream) {
   std::string kind;
   int width = 0, height = 0, highest = 0;
   stream >> kind >> width >> height >> highest;
@@ -54,19 +52,21 @@ PageSize defaultPageSize() {
 }
 
 PrintedPage takePrintedPage() {
+  const ShellResult taken = shell(
+      "file=$(mktemp) && trap 'rm $file' EXIT && \"$ZAVO_PRINTER\" --take $file >/dev/null || exit 1\n"
+      "for what in Pages Title; do echo \"$(pdfinfo $file | sed -n \"s/^$what: *//p\")\"; done\n"
+      "pdftoppm -singlefile -aa no -aaVector no -r " +
+      std::to_string(defaultPageSize().dpi) + " $file");
   PrintedPage page;
-  const ScratchFolder folder;
-  const std::string pdf = "'" + folder.unixFile("page.pdf") + "'";
-  const ShellResult taken =
-      shell("\"$ZAVO_PRINTER\" --take " + pdf + " >/dev/null && for what in Pages Title; do pdfinfo " + pdf +
-            " | sed -n \"s/^$what: *//p\"; done && pdftoppm -singlefile -aa no -aaVector no -r " +
-            std::to_string(defaultPageSize().dpi) + " " + pdf + " '" + folder.unixFile("page") + "'");
-  page.trouble = taken.output;
-  if (taken.exitCode != 0) return page;
-  std::istringstream lines(taken.output);
-  lines >> page.pages;
-  std::getline(lines >> std::ws, page.title);
-  page.picture = readPixmap(folder.file("page.ppm"));
+  if (taken.exitCode != 0) {
+    page.trouble = taken.output;
+    return page;
+  }
+  std::istringstream output(taken.output);
+  output >> page.pages;
+  output.get();
+  std::getline(output, page.title);
+  page.picture = readPixmap(output);
   return page;
 }
 

@@ -1,4 +1,4 @@
-// Print jobs on the default printer, whose pages are looked at as another program shows them.
+// A print job on the default printer, whose page is looked at as another program shows it.
 #include <zavo.h>
 
 #include <gtest/gtest.h>
@@ -12,17 +12,6 @@
 namespace {
 
 using namespace zavotest;
-
-class Printer : public testing::Test {
- protected:
-  void SetUp() override {
-    const std::string reason = whyNoPrinter();
-    if (!reason.empty()) GTEST_SKIP() << reason;
-    page = defaultPageSize();
-  }
-
-  PageSize page{};
-};
 
 // Colours may differ by so much a channel: 16-bit pictures keep five bits of it.
 bool isNear(uint32_t a, uint32_t b) {
@@ -62,24 +51,12 @@ Picture fields(int bits) {
   return picture;
 }
 
-TEST_F(Printer, FitsAndCentresOnThePage) {
-  TestBitmap bitmap;
-  makeSeen(bitmap, fields(24), 24, VIEW_BOTTOM_UP);
-  ASSERT_NE(Zv_PrintBitmapExt(nullptr, &bitmap, 0, 0, 0, 0, 1), nullptr);
-  const PrintedPage printed = takePrintedPage();
-  ASSERT_EQ(printed.pages, 1) << printed.trouble;
-  EXPECT_EQ(printed.title, "ZAVO GRAPHIC");
-  // A picture 6 by 4 on an upright page: as wide as the page from its column 1 on, the rest of the rows left over in
-  // two halves.
-  const int width = page.width - 1, height = MulDiv(width, 4, 6);
-  const int top = 1 + (page.height - 1 - height) / 2;
-  EXPECT_TRUE(shows(printed.picture, {1, top, 1 + width, top + height}, fields(24)));
-}
-
 // In one call of the driver where it can be, at once, and row by row, as it is with a callback.
-TEST_F(Printer, PrintsSeveralPicturesOnOnePageOfOneJob) {
+TEST(Printer, PrintsSeveralPicturesOnOnePageOfOneJob) {
+  const std::string reason = whyNoPrinter();
+  if (!reason.empty()) GTEST_SKIP() << reason;
   constexpr int columns = 9, width = 72, height = 48;
-  ASSERT_GE(page.width, columns * 80);
+  ASSERT_GE(defaultPageSize().width, columns * 80);
   HDC job = nullptr;
   std::vector<std::pair<RECT, int>> cells;
   for (const int bits : allDepths) {
@@ -106,6 +83,7 @@ TEST_F(Printer, PrintsSeveralPicturesOnOnePageOfOneJob) {
   ASSERT_EQ(Zv_PrintBitmapFast(job, nullptr, 0, 0, 0, 0, 1), job);
   const PrintedPage printed = takePrintedPage();
   ASSERT_EQ(printed.pages, 1) << printed.trouble;
+  EXPECT_EQ(printed.title, "ZAVO GRAPHIC");
   for (const auto& [rect, bits] : cells) EXPECT_TRUE(shows(printed.picture, rect, fields(bits))) << bits << " bits";
   EXPECT_EQ(takePrintedPage().pages, 0) << "a second document";
 }

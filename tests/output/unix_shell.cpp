@@ -7,27 +7,28 @@
 #include <windows.h>
 
 namespace zavotest {
+namespace {
 
-std::string unixPath(const std::string& windowsPath) {
+// The Unix name of a file; empty where there is no Unix beneath.
+std::string unixPath(const std::filesystem::path& path) {
   using NameFunction = char*(__cdecl*)(const wchar_t*);
   const auto nameOf = reinterpret_cast<NameFunction>(
       reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernel32.dll"), "wine_get_unix_file_name")));
   if (nameOf == nullptr) return {};
-  char* name = nameOf(std::wstring(windowsPath.begin(), windowsPath.end()).c_str());
+  char* name = nameOf(path.c_str());
   const std::string result = name != nullptr ? name : "";
   HeapFree(GetProcessHeap(), 0, name);
   return result;
 }
 
-ShellResult shell(const std::string& commands) {
-  const ScratchFolder folder;
-  std::ofstream(folder.file("run"), std::ios::binary)
+ShellResult runIn(const std::filesystem::path& folder, const std::string& commands) {
+  const std::string name = unixPath(folder) + "/";
+  std::ofstream(folder / "run", std::ios::binary)
       << "(\n"
-      << commands << "\n) </dev/null >'" << folder.unixFile("output") << "' 2>&1\n"
-      << "echo $? >'" << folder.unixFile("code") << "'\nmv '" << folder.unixFile("code") << "' '"
-      << folder.unixFile("done") << "'\n";
+      << commands << "\n) </dev/null >'" << name << "output' 2>&1\n"
+      << "echo $? >'" << name << "code'\nmv '" << name << "code' '" << name << "done'\n";
   char program[] = "\\\\?\\unix\\bin\\sh";
-  std::string line = std::string(program) + " \"" + folder.unixFile("run") + "\"";
+  std::string line = std::string(program) + " \"" + name + "run\"";
   STARTUPINFOA startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION process{};
@@ -36,24 +37,25 @@ ShellResult shell(const std::string& commands) {
   }
   ShellResult result;
   const ULONGLONG start = GetTickCount64();
-  while (!(std::ifstream(folder.file("done")) >> result.exitCode)) {
+  while (!(std::ifstream(folder / "done") >> result.exitCode)) {
     if (GetTickCount64() - start > 60000) return {-1, "no answer within a minute: " + commands};
     Sleep(10);
   }
-  std::ifstream output(folder.file("output"), std::ios::binary);
+  std::ifstream output(folder / "output", std::ios::binary);
   result.output = {std::istreambuf_iterator<char>(output), {}};
   return result;
 }
 
-ScratchFolder::ScratchFolder() {
-  static unsigned number = 0;
-  const std::string name = "zavo-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number);
-  path_ = (std::filesystem::temp_directory_path() / name).string() + "\\";
-  std::filesystem::create_directories(path_);
-}
+}  // namespace
 
-ScratchFolder::~ScratchFolder() {
-  std::filesystem::remove_all(path_);
+ShellResult shell(const std::string& commands) {
+  static unsigned number = 0;
+  const auto folder = std::filesystem::temp_directory_path() /
+                      ("zavo-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number));
+  std::filesystem::create_directories(folder);
+  ShellResult result = runIn(folder, commands);
+  std::filesystem::remove_all(folder);
+  return result;
 }
 
 }  // namespace zavotest

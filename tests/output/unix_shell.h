@@ -10,24 +10,7 @@ struct ShellResult {
   std::string output;  // of both streams
 };
 
-// Runs a command line of sh and waits for its end, at most a minute. Paths can be given by unixPath().
+// Runs a command line of sh and waits for its end, at most a minute.
 ShellResult shell(const std::string& commands);
-
-// The Unix name of a file; empty where there is no Unix beneath.
-std::string unixPath(const std::string& windowsPath);
-
-// A directory of its own, removed with its files at the end.
-class ScratchFolder {
- public:
-  ScratchFolder();
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-  ~ScratchFolder();
-  [[nodiscard]] std::string file(const std::string& name) const { return path_ + name; }
-  [[nodiscard]] std::string unixFile(const std::string& name) const { return unixPath(file(name)); }
-
- private:
-  std::string path_;
-};
 
 }  // namespace zavotest

@@ -237,6 +237,13 @@ int paintRows(Subjects& s) {
                           asRuns ? records.data() : rows.data(), 0, asRuns ? -11 : 11);
 }
 
+template <auto printBitmap>
+int print(Subjects& s) {
+  const Canvas page(60, 40);
+  HDC printed = printBitmap(page.dc(), &s.bitmap, 5, 5, 50, 30, 0);
+  return printed == page.dc() ? int{KSUCCESS} : int{KERR_BAD_PARAMETER};
+}
+
 template <unsigned displayMode, int deviceBits, int perspective>
 int paintOn(Subjects& s) {
   TestBitmap copy;
@@ -286,6 +293,9 @@ int firstEllipse(Subjects& s) {
 int reduce(Subjects& s, int bits, unsigned options) {
   return Zv_ColorResBitmap(&s.bitmap, nullptr, bits, options, nullptr, 0);
 }
+
+const std::vector<std::string> gaps = {"CreateFileA",      "CreateFileMappingA", "CreatePalette",
+                                       "GetTempFileNameA", "GlobalAlloc",        "MapViewOfFile"};
 
 const Operation table[] = {
     {"allocate", allocate, {}, false},
@@ -376,6 +386,9 @@ const Operation table[] = {
     {"paint dithered", paintOn<PAINT_DITHER, 8, VIEW_TURNED_270>},
     {"paint in black and white", paintOn<PAINT_DITHER | PAINT_ORDERED_DITHER, 1, VIEW_UPRIGHT>},
     {"paint in grey", paintOn<PAINT_GRAY_1BIT, 24, VIEW_TURNED_90>},
+    // A page with a gap is better than none.
+    {"print", print<&Zv_PrintBitmapExt>, gaps},
+    {"print fast", print<&Zv_PrintBitmapFast>, gaps},
 };
 
 }  // namespace
