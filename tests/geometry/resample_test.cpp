@@ -73,8 +73,9 @@ uint32_t channelOf(uint32_t pixel, unsigned channel, int bits, const RGBQUAD* co
 
 // The stored pixel of three channels, where no palette is dithered to.
 uint32_t pixelOf(const Picture* channels, size_t i, int bits, bool isFallingGray) {
-  const uint32_t a = channels[0].pixels[i], b = channels[1].pixels[i], c = channels[2].pixels[i];
+  const uint32_t a = channels[0].pixels[i];
   if (bits == 8) return isFallingGray ? 255 - a : a;
+  const uint32_t b = channels[1].pixels[i], c = channels[2].pixels[i];
   if (bits == 16) return swapBytes(a >> 3 | b >> 3 << 5 | c >> 3 << 10);
   return (a << 16 | b << 8 | c) << (bits - 24);
 }
@@ -151,7 +152,8 @@ void compareWithModel(const Format& format, const std::array<int, 4>& sizes, std
   const unsigned colorCount = bits <= 8 ? Zv_GetPaletteEntries(bitmap.Palette, 0, 256, colors) : 0;
   const Picture before = pictureOf(bitmap);
   Picture planes[3];
-  for (unsigned c = 0; c < 3; ++c) {
+  const bool isGray = bits == 8 && !format.isDithered;
+  for (unsigned c = 0; c < (isGray ? 1 : 3); ++c) {
     Picture plane(width, height);
     for (size_t i = 0; i < plane.pixels.size(); ++i) {
       plane.pixels[i] = channelOf(before.pixels[i], c, bits, colors);

@@ -7,54 +7,36 @@
 namespace zavotest {
 namespace {
 
-// Rows of few different pixels in long and short runs: a colour that is searched for, or ones that differ in a channel.
-void fillWithRuns(BitmapHandle& bitmap, std::mt19937& random) {
-  const int bits = bitmap.BitsPerPixel;
-  std::vector<uint8_t> row(bitmap.BytesPerLine);
-  const int wasLocked = Zv_LockBitmap(&bitmap);
-  for (unsigned y = 0; y < static_cast<unsigned>(bitmap.Height); ++y) {
-    for (auto& byte : row) byte = static_cast<uint8_t>(random());
-    uint32_t pixel = 0;  // the first bit the most significant
-    unsigned left = 0;
-    for (int at = 0; at < bitmap.Width * bits; ++at) {
-      if (at % bits == 0 && left-- == 0) {
-        left = random() % (random() % 2 != 0 ? 3 : 70);
-        pixel = random() % 2 != 0 ? 1 : random();
-        if (bits > 8) pixel = ~0u;
-        for (unsigned byte = 0; bits > 8 && byte < 4; ++byte) pixel &= random() % 4 == 0 ? ~(0xEFu << 8 * byte) : ~0u;
-      }
-      const uint32_t bit = pixel >> (bits - 1 - at % bits) & 1;
-      uint8_t& byte = row[static_cast<size_t>(at / 8)];
-      byte = static_cast<uint8_t>((byte & ~(0x80 >> at % 8)) | bit << (7 - at % 8));
-    }
-    Zv_PutBitmapRow(&bitmap, row.data(), y, bitmap.BytesPerLine);
+// Noise with long and short runs of a colour, or of colours that differ from it in a channel or a bit.
+void fillWithRuns(BitmapHandle& bitmap, COLORREF color, std::mt19937& random) {
+  fillWithNoise(bitmap, random);
+  for (int i = 0; i < 12; ++i) {
+    const auto left = static_cast<int>(random() % static_cast<unsigned>(bitmap.Width));
+    const auto top = static_cast<int>(random() % static_cast<unsigned>(bitmap.Height));
+    const auto length = static_cast<int>(random() % (random() % 2 != 0 ? 3 : 70)) + 1;
+    const RECT run = {left, top, left + length, top + 1};
+    ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &run, CombineSet), KSUCCESS);
+    const COLORREF other = color ^ (bitmap.BitsPerPixel <= 8 ? 1 : 0xEFu << 8 * (random() % 3));
+    ASSERT_EQ(Zv_FillBitmap(&bitmap, random() % 3 != 0 ? color : other), KSUCCESS);
   }
-  Zv_UnlockBitmap(&bitmap, wasLocked);
+  ASSERT_EQ(Zv_FreeBitmapRgn(&bitmap), KSUCCESS);
 }
 
-// Whether a stored pixel has the colour.
-bool isColor(const BitmapHandle& bitmap, uint32_t pixel, COLORREF color) {
-  const int bits = bitmap.BitsPerPixel;
-  if (bits <= 8) {
-    if (color >> 24 == 1) return pixel == (color & ((1u << bits) - 1));
-    const std::vector<PALETTEENTRY> colors = colorsOf(bitmap);
-    for (uint32_t index = 0; index < colors.size(); ++index) {
-      if (RGB(colors[index].peRed, colors[index].peGreen, colors[index].peBlue) == color) return pixel == index;
-    }
-    return false;
+// The pixels of a colour: of the first equal entry in a palette.
+PointSet pixelsOf(BitmapHandle& bitmap, COLORREF color) {
+  const Picture picture = pictureOf(bitmap);
+  PointSet set(bitmap.Width, bitmap.Height);
+  if (bitmap.BitsPerPixel > 8) {
+    set.fill([&](int x, int y) { return Zv_GetPixelColor(&bitmap, y, x) == color; });
+    return set;
   }
-  unsigned channels[3];
-  if (bits == 16) {
-    const unsigned word = pixel >> 8 | (pixel & 0xFF) << 8;
-    for (int k = 0; k < 3; ++k) {
-      const unsigned channel = word >> 5 * k & 31;
-      channels[k] = channel << 3 | channel >> 2;
-    }
-  } else {
-    for (int k = 0; k < 3; ++k) channels[k] = pixel >> (bits - 8 - 8 * k) & 0xFF;
-  }
-  if (bitmap.ColorOrder == ORDER_BLUE_FIRST) std::swap(channels[0], channels[2]);
-  return RGB(channels[0], channels[1], channels[2]) == color;
+  const std::vector<PALETTEENTRY> colors = colorsOf(bitmap);
+  const auto entry = std::ranges::find_if(
+      colors, [&](const PALETTEENTRY& one) { return RGB(one.peRed, one.peGreen, one.peBlue) == color; });
+  const bool isIndex = color >> 24 == 1;
+  const auto index = isIndex ? color % bitmap.ColorCount : static_cast<uint32_t>(entry - colors.begin());
+  set.fill([&](int x, int y) { return picture.at(x, y) == index; });
+  return set;
 }
 
 TEST(RegionColor, FindsThePixelsOfEveryDepth) {
@@ -65,7 +47,6 @@ TEST(RegionColor, FindsThePixelsOfEveryDepth) {
       SCOPED_TRACE(std::to_string(bits) + " bits, width " + std::to_string(width));
       TestBitmap bitmap(width, 3, bits, width % 2 != 0 ? int{ALLOC_MEMORY} : ALLOC_MEMORY | ALLOC_RUNLENGTH);
       if (bits >= 16) bitmap.ColorOrder = width % 2;
-      fillWithRuns(bitmap, random);
       COLORREF color = 0x01FFFF01;
       if (bits <= 8 && width % 3 == 0) {
         // The first of equal entries counts; or a colour that no entry has.
@@ -77,9 +58,8 @@ TEST(RegionColor, FindsThePixelsOfEveryDepth) {
         color = RGB(entry.rgbRed, entry.rgbGreen, entry.rgbBlue ^ (width % 4 == 2 ? 1 : 0));
       }
       if (bits >= 16) color = width % 5 != 0 ? RGB(255, 255, 255) : bits == 16 ? RGB(255, 255, 132) : RGB(16, 255, 255);
-      const Picture picture = pictureOf(bitmap);
-      PointSet expected(width, 3);
-      expected.fill([&](int x, int y) { return isColor(bitmap, picture.at(x, y), color); });
+      fillWithRuns(bitmap, bits <= 8 ? 0x01000001 : color, random);
+      PointSet expected = pixelsOf(bitmap, color);
       found += expected.count();
       const RECT corner = {0, 0, 1, 1};
       ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &corner, CombineSet), KSUCCESS);
@@ -137,7 +117,7 @@ TEST(RegionMask, OfARegionAndBack) {
   for (const Kind kind : {none, scattered, empty}) {
     SCOPED_TRACE("kind " + std::to_string(kind));
     RegionBitmap bitmap(70, 20, VIEW_TURNED_90);
-    fillWithRuns(bitmap, random);
+    fillWithRuns(bitmap, 0x01000001, random);
     const RECT all = {0, 0, 70, 20};
     if (kind == scattered) Zv_SetBitmapRgnColor(&bitmap, 0x01000001, CombineSet);
     if (kind == empty) Zv_SetBitmapRgnRect(&bitmap, nullptr, &all, CombineSetNot);
