@@ -1,8 +1,8 @@
 // The heap that holds the runs of a run-length bitmap: one resizable block of memory, divided into blocks that are
 // named by their offset, because the heap moves when it grows. Offset 0 means no block.
 //
-// Invariants: the blocks tile the heap from offset 12 to its end (after a trim, to 24 bytes before it); no two free
-// neighbours stay unmerged after a free; payload sizes of used blocks are multiples of 4.
+// Invariants: the blocks tile the heap from offset 12 to its end, less 24 bytes for every trim since it grew; no two
+// free neighbours stay unmerged after a free; payload sizes of used blocks are multiples of 4.
 #pragma once
 
 #include <cstdint>
