@@ -14,18 +14,6 @@ namespace {
 
 using namespace zavotest;
 
-TEST(Ground, TheLedgerSeesWhatIsNotGivenBack) {
-  const Ledger ledger;
-  void* block = Zv_OsAlloc(10);
-  HGDIOBJ brush = CreateSolidBrush(RGB(1, 2, 3));
-  const std::string text = ledger.balanced().message();
-  EXPECT_NE(text.find("GlobalAlloc: 1 not given back"), std::string::npos);
-  EXPECT_NE(text.find("CreateSolidBrush: 1 not given back"), std::string::npos);
-  Zv_OsFree(block);
-  DeleteObject(brush);
-  EXPECT_TRUE(ledger.balanced());
-}
-
 TEST(Ground, RefusalsMeetTheNthCall) {
   const struct {
     Repeat repeat;

@@ -37,25 +37,16 @@ void** importSlot(HMODULE module, const std::string& function) {
 }
 
 void* exchangeImport(void** slot, void* replacement) {
+  if (slot == nullptr) {
+    ADD_FAILURE() << "the module does not import that function";
+    return nullptr;
+  }
   DWORD access = 0;
   VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &access);
   void* previous = *slot;
   *slot = replacement;
   VirtualProtect(slot, sizeof *slot, access, &access);
   return previous;
-}
-
-ImportPatch::ImportPatch(HMODULE module, const std::string& function, void* replacement)
-    : slot_(importSlot(module, function)) {
-  if (slot_ == nullptr) {
-    ADD_FAILURE() << "the module does not import " << function;
-    return;
-  }
-  original_ = exchangeImport(slot_, replacement);
-}
-
-ImportPatch::~ImportPatch() {
-  if (slot_ != nullptr) exchangeImport(slot_, original_);
 }
 
 }  // namespace zavotest

@@ -19,24 +19,8 @@ void forEachImport(HMODULE module,
 // The entry of `module`'s import address table that holds `function`; null when it imports no such function.
 [[nodiscard]] void** importSlot(HMODULE module, const std::string& function);
 
-// Writes one entry; returns what it held.
+// Writes one entry; returns what it held. A null entry, of what is not imported, fails the running test.
 void* exchangeImport(void** slot, void* replacement);
-
-// One import replaced while this lives. Patches of the same import nest: the newest is the one that is called, and
-// original() is the one before it. Fails the running test when the module imports no such function.
-class ImportPatch {
- public:
-  ImportPatch(HMODULE module, const std::string& function, void* replacement);
-  ImportPatch(const ImportPatch&) = delete;
-  ImportPatch& operator=(const ImportPatch&) = delete;
-  ~ImportPatch();
-
-  [[nodiscard]] void* original() const { return original_; }
-
- private:
-  void** slot_;
-  void* original_ = nullptr;
-};
 
 // A function name as a template argument.
 template <size_t size>
@@ -58,23 +42,27 @@ class Replacement;
 template <FunctionName name, typename Result, typename... Arguments>
 class Replacement<name, Result(WINAPI*)(Arguments...)> {
  public:
-  explicit Replacement(std::function<Result(Arguments...)> answer) : patch_(library(), name.text, entry()) {
+  explicit Replacement(std::function<Result(Arguments...)> answer) : slot_(importSlot(library(), name.text)) {
     current = std::move(answer);
+    original_ = exchangeImport(slot_, reinterpret_cast<void*>(&call));
   }
   Replacement(const Replacement&) = delete;
   Replacement& operator=(const Replacement&) = delete;
-  ~Replacement() { current = nullptr; }
+  ~Replacement() {
+    exchangeImport(slot_, original_);
+    current = nullptr;
+  }
 
   Result original(Arguments... arguments) const {
-    return reinterpret_cast<Result(WINAPI*)(Arguments...)>(patch_.original())(arguments...);
+    return reinterpret_cast<Result(WINAPI*)(Arguments...)>(original_)(arguments...);
   }
 
  private:
   static Result WINAPI call(Arguments... arguments) { return current(arguments...); }
-  static void* entry() { return reinterpret_cast<void*>(&call); }
 
   static inline std::function<Result(Arguments...)> current;
-  ImportPatch patch_;
+  void** slot_;
+  void* original_;
 };
 
 }  // namespace zavotest

@@ -29,7 +29,7 @@ LONG WINAPI reportCrash(EXCEPTION_POINTERS* exception) {
   if (record.ExceptionCode == EXCEPTION_ILLEGAL_INSTRUCTION) {
     std::printf("crash: in the checked build, this is where undefined behaviour was met\n");
   }
-  if (zavotest::crashNote()[0] != '\0') std::printf("crash: %s\n", zavotest::crashNote());
+  if (zavotest::crashNote[0] != '\0') std::printf("crash: %s\n", zavotest::crashNote);
   std::fflush(stdout);
   std::_Exit(3);
 }

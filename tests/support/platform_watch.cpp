@@ -280,7 +280,8 @@ class BalanceOfEachTest : public testing::EmptyTestEventListener {
   void OnTestStart(const testing::TestInfo&) override { ledger = Ledger(); }
   void OnTestEnd(const testing::TestInfo&) override { EXPECT_TRUE(ledger.balanced()); }
 
-  static inline Ledger ledger;
+ private:
+  Ledger ledger;
 };
 
 }  // namespace
@@ -334,10 +335,6 @@ testing::AssertionResult Ledger::balanced() const {
            << (count > 0 ? " not given back; " : " of before given back; ");
   }
   return result;
-}
-
-void forgetOutstanding() {
-  BalanceOfEachTest::ledger = Ledger();
 }
 
 void* exchangeWatched(const std::string& function, void* replacement) {

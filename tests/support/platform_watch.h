@@ -56,9 +56,6 @@ class Ledger {
   Outstanding before_;
 };
 
-// Forgets what was taken since the start of the running test, for a test that must leave something behind.
-void forgetOutstanding();
-
 // Puts a function beneath the watch, called in the place of the platform's own, by the library and the test program
 // alike. Returns what was there.
 void* exchangeWatched(const std::string& function, void* replacement);

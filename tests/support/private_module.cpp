@@ -7,17 +7,14 @@
 
 namespace zavotest {
 
-LibraryCopy::LibraryCopy() {
+PrivateModule::PrivateModule(const std::map<std::string, void*>& replacedImports) {
   char original[MAX_PATH];
   char folder[MAX_PATH];
   GetModuleFileNameA(library(), original, sizeof original);
   GetTempPathA(sizeof folder, folder);
   GetTempFileNameA(folder, "zvc", 0, path_);
   EXPECT_TRUE(CopyFileA(original, path_, FALSE));
-}
-
-PrivateModule::PrivateModule(const std::map<std::string, void*>& replacedImports)
-    : module_(LoadLibraryExA(copy_.path(), nullptr, DONT_RESOLVE_DLL_REFERENCES)) {
+  module_ = LoadLibraryExA(path_, nullptr, DONT_RESOLVE_DLL_REFERENCES);
   EXPECT_NE(module_, nullptr);
   forEachImport(module_, [&](const char* neededModule, const char* function, void** slot) {
     const auto replaced = replacedImports.find(function);
@@ -30,6 +27,7 @@ PrivateModule::PrivateModule(const std::map<std::string, void*>& replacedImports
 
 PrivateModule::~PrivateModule() {
   FreeLibrary(module_);
+  DeleteFileA(path_);
 }
 
 bool PrivateModule::attach() {

@@ -7,24 +7,11 @@
 
 namespace zavotest {
 
-// A copy of zavo.dll under another file name, which the platform takes for another module. The name of the copy,
-// which the destructor deletes; unload the module before.
-class LibraryCopy {
- public:
-  LibraryCopy();
-  LibraryCopy(const LibraryCopy&) = delete;
-  LibraryCopy& operator=(const LibraryCopy&) = delete;
-  ~LibraryCopy() { DeleteFileA(path_); }
-  [[nodiscard]] const char* path() const { return path_; }
-
- private:
-  char path_[MAX_PATH] = {};
-};
-
-// The copy loaded without being started; its imports are filled in here, some of them with the test's functions.
+// A copy of zavo.dll under another file name, which the platform takes for another module. It is loaded without being
+// started; its imports are filled in here, some of them with the test's functions.
 class PrivateModule {
  public:
-  explicit PrivateModule(const std::map<std::string, void*>& replacedImports = {});
+  explicit PrivateModule(const std::map<std::string, void*>& replacedImports);
   PrivateModule(const PrivateModule&) = delete;
   PrivateModule& operator=(const PrivateModule&) = delete;
   ~PrivateModule();
@@ -42,8 +29,8 @@ class PrivateModule {
  private:
   bool notify(DWORD reason);
 
-  LibraryCopy copy_;
-  HMODULE module_;
+  char path_[MAX_PATH] = {};
+  HMODULE module_ = nullptr;
 };
 
 }  // namespace zavotest
