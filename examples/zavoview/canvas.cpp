@@ -2,6 +2,7 @@
 #include "canvas.h"
 
 #include "resource.h"
+#include "window_owner.h"
 
 namespace zavoview {
 
@@ -14,9 +15,12 @@ constexpr UINT antMilliseconds = 120;
 /// A bitmap to draw into out of sight, put on the screen at the end.
 class BackBuffer {
  public:
-  BackBuffer(HDC screen, const RECT& part) : screen_(screen), part_(part), dc_(CreateCompatibleDC(screen)) {
-    bitmap_ = CreateCompatibleBitmap(screen, part.right - part.left, part.bottom - part.top);
-    previous_ = SelectObject(dc_, bitmap_);
+  BackBuffer(HDC screen, const RECT& part)
+      : screen_(screen),
+        part_(part),
+        dc_(CreateCompatibleDC(screen)),
+        bitmap_(CreateCompatibleBitmap(screen, part.right - part.left, part.bottom - part.top)),
+        previous_(SelectObject(dc_, bitmap_)) {
     SetViewportOrgEx(dc_, -part.left, -part.top, nullptr);
   }
   BackBuffer(const BackBuffer&) = delete;
@@ -55,13 +59,9 @@ void Canvas::create(HWND parent) {
 }
 
 LRESULT CALLBACK Canvas::procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-  if (message == WM_NCCREATE) {
-    const auto* const creation = reinterpret_cast<const CREATESTRUCTW*>(lParam);
-    static_cast<Canvas*>(creation->lpCreateParams)->window_ = window;
-    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(creation->lpCreateParams));
-  }
-  auto* const canvas = reinterpret_cast<Canvas*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+  auto* const canvas = windowOwner<Canvas>(window, message, lParam);
   if (canvas == nullptr) return DefWindowProcW(window, message, wParam, lParam);
+  canvas->window_ = window;
   switch (message) {
     case WM_SIZE:
       canvas->layout();

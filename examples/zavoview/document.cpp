@@ -35,14 +35,15 @@ void Document::save(const std::string& path) {
 bool Document::change(const std::string& work, const Operation& operation) {
   Picture before;
   zv::check(Zv_CopyBitmap(before.handle(), picture_.handle()), work);
-  if (const int status = operation(picture_.handle()); status != KSUCCESS) {
-    picture_ = std::move(before);
-    if (status == stoppedByUser) return false;
-    zv::check(status, work);
+  const int status = operation(picture_.handle());
+  if (status == KSUCCESS) {
+    previous_ = std::move(before);
+    modified_ = true;
+    return true;
   }
-  previous_ = std::move(before);
-  modified_ = true;
-  return true;
+  picture_ = std::move(before);
+  if (status != stoppedByUser) zv::check(status, work);
+  return false;
 }
 
 void Document::undo() {

@@ -47,14 +47,15 @@ class PrintJob {
 
 // The library's callback carries no user data: the dialog that is shown is known here.
 class ProgressDialog;
-ProgressDialog* shownDialog = nullptr;
+ProgressDialog* shownDialog = nullptr;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables): see above
 
 class ProgressDialog {
  public:
-  ProgressDialog(HWND owner, const std::wstring& name) : owner_(owner) {
+  ProgressDialog(HWND owner, const std::wstring& name)
+      : owner_(owner),
+        window_(CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_PRINTING), owner, procedure,
+                                   reinterpret_cast<LPARAM>(this))) {
     EnableWindow(owner_, FALSE);
-    window_ = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_PRINTING), owner, procedure,
-                                 reinterpret_cast<LPARAM>(this));
     SetDlgItemTextW(window_, IDC_PRINT_TEXT, name.c_str());
     shownDialog = this;
     Zv_SetStatusCallBack(report);

@@ -1,6 +1,8 @@
 // Numbers of the resources: commands, dialogs and their controls. Read by the resource compiler too, hence macros.
 #pragma once
 
+// NOLINTBEGIN(cppcoreguidelines-macro-usage): the resource compiler knows no constants
+
 #define IDR_MAIN 100
 #define IDD_ADJUST 110
 #define IDD_COLORS 111
@@ -100,3 +102,5 @@
 #define ID_ABOUT 1601
 // Esc: ends what is going on
 #define ID_CANCEL 1602
+
+// NOLINTEND(cppcoreguidelines-macro-usage)

@@ -8,6 +8,7 @@
 #include "common/wic.h"
 #include "file_dialogs.h"
 #include "resource.h"
+#include "window_owner.h"
 
 namespace zavoview {
 
@@ -56,13 +57,9 @@ void Viewer::createChildren() {
 }
 
 LRESULT CALLBACK Viewer::procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-  if (message == WM_NCCREATE) {
-    const auto* const creation = reinterpret_cast<const CREATESTRUCTW*>(lParam);
-    static_cast<Viewer*>(creation->lpCreateParams)->window_ = window;
-    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(creation->lpCreateParams));
-  }
-  auto* const viewer = reinterpret_cast<Viewer*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+  auto* const viewer = windowOwner<Viewer>(window, message, lParam);
   if (viewer == nullptr) return DefWindowProcW(window, message, wParam, lParam);
+  viewer->window_ = window;
   try {
     return viewer->handle(message, wParam, lParam);
   } catch (const std::exception& error) {
