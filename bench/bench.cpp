@@ -1,14 +1,18 @@
 #include "bench.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
+#include <iomanip>
+#include <iostream>
 #include <windows.h>
 
 #include "peak_memory.h"
+#include "text.h"
 
 namespace bench {
 namespace {
+
+constexpr int contenderWidth = 52;  // characters
 
 double now() {
   LARGE_INTEGER ticks, perSecond;
@@ -51,10 +55,11 @@ Times measure(const Work& run, const Work& prepare = {}) {
   return {times.front(), times[times.size() / 2]};
 }
 
-std::string formatted(const char* format, double value) {
-  char text[64];
-  snprintf(text, sizeof text, format, value);
-  return text;
+// The rest of a line of the table.
+void printNumbers(const std::string& memcpyRatio, const std::string& best, const std::string& median,
+                  const std::string& peak) {
+  std::cout << std::right << ' ' << std::setw(9) << memcpyRatio << ' ' << std::setw(10) << best << ' ' << std::setw(10)
+            << median << ' ' << std::setw(8) << peak << std::endl;
 }
 
 Who whoIs(const std::string& contender) {
@@ -89,7 +94,7 @@ void Bench::compare(const std::string& operation, Size size, size_t resultBytes,
     const size_t peak = peakGrowth(contender.run);
     const std::string fault = contender.verify();
     if (!fault.empty()) {
-      printf("  %-52s wrong: %s\n", contender.name.c_str(), fault.c_str());
+      std::cout << "  " << std::left << std::setw(contenderWidth) << contender.name << " wrong: " << fault << '\n';
       // What the system gets wrong is left out; what the library does fails the run.
       if (whoIs(contender.name) == Who::library) allRight_ = false;
       continue;
@@ -112,13 +117,13 @@ void Bench::print(const Result& result) {
   const std::string heading =
       result.operation + ", " + std::to_string(result.size.width) + " x " + std::to_string(result.size.height);
   if (heading != lastOperation_) {
-    printf("\n%-54s %9s %10s %10s %8s\n", heading.c_str(), "x memcpy", "best ns/px", "median", "peak MB");
+    std::cout << '\n' << std::left << std::setw(contenderWidth + 2) << heading;
+    printNumbers("x memcpy", "best ns/px", "median", "peak MB");
     lastOperation_ = heading;
   }
-  printf("  %-52s %9s %10.3f %10.3f %8.1f\n", result.contender.c_str(),
-         result.memcpyRatio > 0 ? formatted("%.2f", result.memcpyRatio).c_str() : "", result.best, result.median,
-         double(result.peakBytes) / 1e6);
-  fflush(stdout);
+  std::cout << "  " << std::left << std::setw(contenderWidth) << result.contender;
+  printNumbers(result.memcpyRatio > 0 ? fixed(2, result.memcpyRatio) : "", fixed(3, result.best),
+               fixed(3, result.median), fixed(1, double(result.peakBytes) / 1e6));
   results_.push_back(result);
 }
 

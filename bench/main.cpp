@@ -1,7 +1,8 @@
 // zavo_bench [FILTER] [--largest WIDTH] [--json FILE] [--report NAME] [--commit NAME]
 // Times the library beside memcpy and what a Windows program would call instead, in one process.
-#include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <iostream>
 #include <objbase.h>
 #include <string>
 #include <windows.h>
@@ -12,10 +13,9 @@
 namespace {
 
 bool write(const std::string& name, const std::string& text) {
-  FILE* file = fopen(name.c_str(), "wb");
-  if (file == nullptr) return false;
-  const bool written = fputs(text.c_str(), file) >= 0;
-  return fclose(file) == 0 && written;
+  std::ofstream file(name, std::ios::binary);
+  file << text << std::flush;
+  return file.good();
 }
 
 }  // namespace
@@ -35,7 +35,7 @@ int main(int count, char** arguments) {
     } else if (argument == "--commit" && hasValue) {
       commit = arguments[++i];
     } else if (argument.rfind("--", 0) == 0) {
-      printf("usage: zavo_bench [FILTER] [--largest WIDTH] [--json FILE] [--report NAME] [--commit NAME]\n");
+      std::cout << "usage: zavo_bench [FILTER] [--largest WIDTH] [--json FILE] [--report NAME] [--commit NAME]\n";
       return 2;
     } else {
       filter = argument;

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iostream>
 
 namespace bench {
 namespace {
@@ -31,8 +31,8 @@ unsigned char level(unsigned x, unsigned y, unsigned channel) {
 Bitmap::Bitmap(Size size, int bits) : BitmapHandle{} {
   if (Zv_CreateBitmap(this, ALLOC_MEMORY, size.width, size.height, bits, ORDER_BLUE_FIRST, nullptr, VIEW_UPRIGHT) !=
       KSUCCESS) {
-    printf("no memory for a bitmap of %d x %d pixels\n", size.width, size.height);
-    exit(1);
+    std::cerr << "no memory for a bitmap of " << size.width << " x " << size.height << " pixels" << std::endl;
+    std::abort();
   }
 }
 

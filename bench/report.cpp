@@ -1,16 +1,11 @@
 #include "report.h"
 
-#include <cstdio>
 #include <windows.h>
+
+#include "text.h"
 
 namespace bench {
 namespace {
-
-std::string formatted(const char* format, double value) {
-  char text[64];
-  snprintf(text, sizeof text, format, value);
-  return text;
-}
 
 std::string quoted(const std::string& text) {
   return "\"" + text + "\"";
@@ -19,7 +14,7 @@ std::string quoted(const std::string& text) {
 std::string processor() {
   char name[128] = "";
   DWORD bytes = sizeof name;
-  RegGetValueA(HKEY_LOCAL_MACHINE, "HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", "ProcessorNameString",
+  RegGetValueA(HKEY_LOCAL_MACHINE, R"(HARDWARE\DESCRIPTION\System\CentralProcessor\0)", "ProcessorNameString",
                RRF_RT_REG_SZ, nullptr, name, &bytes);
   return name;
 }
@@ -53,9 +48,9 @@ std::string json(const std::vector<Result>& results, const std::string& commit) 
     const Result& r = results[i];
     text += "    {\"operation\": " + quoted(r.operation) + ", \"width\": " + std::to_string(r.size.width) +
             ", \"height\": " + std::to_string(r.size.height) + ", \"contender\": " + quoted(r.contender) +
-            formatted(", \"bestNsPerPixel\": %.4f", r.best) + formatted(", \"medianNsPerPixel\": %.4f", r.median) +
-            formatted(", \"timesMemcpy\": %.3f", r.memcpyRatio) + ", \"peakBytes\": " + std::to_string(r.peakBytes) +
-            "}" + (i + 1 < results.size() ? ",\n" : "\n");
+            ", \"bestNsPerPixel\": " + fixed(4, r.best) + ", \"medianNsPerPixel\": " + fixed(4, r.median) +
+            ", \"timesMemcpy\": " + fixed(3, r.memcpyRatio) + ", \"peakBytes\": " + std::to_string(r.peakBytes) + "}" +
+            (i + 1 < results.size() ? ",\n" : "\n");
   }
   return text + "  ]\n}\n";
 }
@@ -73,12 +68,11 @@ std::string markdown(const std::vector<Result>& results, const std::string& comm
                      "(images/benchmarks.svg)\n\n| operation | ns a pixel | x memcpy | peak MB | the system's way | "
                      "ns a pixel | times ours |\n|---|--:|--:|--:|---|--:|--:|\n";
   for (const Row& row : rowsOf(results)) {
-    text += "| " + row.library->operation + " | " + formatted("%.3f", row.library->best) + " | " +
-            formatted("%.2f", row.library->memcpyRatio) + " | " +
-            formatted("%.0f", double(row.library->peakBytes) / 1e6) + " | ";
+    text += "| " + row.library->operation + " | " + fixed(3, row.library->best) + " | " +
+            fixed(2, row.library->memcpyRatio) + " | " + fixed(0, double(row.library->peakBytes) / 1e6) + " | ";
     if (row.system != nullptr) {
-      text += row.system->contender + " | " + formatted("%.3f", row.system->best) + " | " +
-              formatted("%.1f", row.system->best / row.library->best) + " |\n";
+      text += row.system->contender + " | " + fixed(3, row.system->best) + " | " +
+              fixed(1, row.system->best / row.library->best) + " |\n";
     } else {
       text += "| | |\n";
     }
@@ -89,8 +83,8 @@ std::string markdown(const std::vector<Result>& results, const std::string& comm
 std::string chartData(const std::vector<Result>& results) {
   std::string text;
   for (const Row& row : rowsOf(results)) {
-    text += quoted(row.library->operation) + formatted("\t%.4f", row.library->memcpyRatio) + "\t" +
-            (row.system != nullptr ? formatted("%.4f", row.system->memcpyRatio) : "NaN") + "\n";
+    text += quoted(row.library->operation) + "\t" + fixed(4, row.library->memcpyRatio) + "\t" +
+            (row.system != nullptr ? fixed(4, row.system->memcpyRatio) : "NaN") + "\n";
   }
   return text;
 }

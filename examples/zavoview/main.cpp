@@ -9,6 +9,7 @@
 #include "resource.h"
 #include "viewer.h"
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's names say types
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int show) {
   CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   INITCOMMONCONTROLSEX controls{sizeof controls, ICC_WIN95_CLASSES};

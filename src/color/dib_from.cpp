@@ -129,7 +129,7 @@ int makeFromParts(BitmapHandle& bitmap, const uint8_t* info, const uint8_t* rows
   // always taken it. What of it does not exist is black.
   RGBQUAD colors[maxDibColors] = {};
   const uint8_t* table = info + infoHeaderBytes;
-  const auto readable = static_cast<unsigned>(memory.from(table, header.colors() * sizeof(RGBQUAD)));
+  const auto readable = static_cast<unsigned>(memory.from(table, uint64_t{header.colors()} * sizeof(RGBQUAD)));
   readColorTable(colors, table, readable / sizeof(RGBQUAD), sizeof(RGBQUAD));
   return makeBitmap(bitmap, header, colors, rows, ORDER_BLUE_FIRST);
 }

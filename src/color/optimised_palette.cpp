@@ -84,7 +84,7 @@ class BoxSplitter {
   }
 
   // Among equal variances the box with more colours, then the earlier one.
-  Box& mostVaried() const {
+  [[nodiscard]] Box& mostVaried() const {
     return *std::max_element(boxes_, boxes_ + boxCount_, [](const Box& a, const Box& b) {
       return a.totalVariance < b.totalVariance || (a.totalVariance == b.totalVariance && a.count < b.count);
     });

@@ -39,7 +39,7 @@ class LogicalPalette {
   [[nodiscard]] HPALETTE create() const { return CreatePalette(&record()); }
 
  private:
-  LOGPALETTE& record() const { return *reinterpret_cast<LOGPALETTE*>(block_.get()); }
+  [[nodiscard]] LOGPALETTE& record() const { return *reinterpret_cast<LOGPALETTE*>(block_.get()); }
 
   OsBlock<uint8_t> block_;
 };

@@ -22,6 +22,10 @@ PixelColor orderedColor(const BitmapHandle& bitmap, PixelColor color) {
   return bitmap.ColorOrder == ORDER_BLUE_FIRST ? color : swapEnds(color);
 }
 
+unsigned wordOf(const uint8_t pair[2]) {
+  return static_cast<unsigned>(pair[0]) << 8 | pair[1];
+}
+
 // A palette index where it lies: in one byte of a row, or across two.
 class IndexPlace {
  public:
@@ -31,9 +35,9 @@ class IndexPlace {
     shift_ = 16 - bits - offset;
   }
   [[nodiscard]] unsigned bytes() const { return bytes_; }
-  [[nodiscard]] unsigned get(const uint8_t pair[2]) const { return (pair[0] << 8 | pair[1]) >> shift_ & mask_; }
+  [[nodiscard]] unsigned get(const uint8_t pair[2]) const { return wordOf(pair) >> shift_ & mask_; }
   void set(uint8_t pair[2], unsigned index) const {
-    const unsigned word = ((pair[0] << 8 | pair[1]) & ~(mask_ << shift_)) | (index & mask_) << shift_;
+    const unsigned word = (wordOf(pair) & ~(mask_ << shift_)) | (index & mask_) << shift_;
     pair[0] = static_cast<uint8_t>(word >> 8);
     pair[1] = static_cast<uint8_t>(word);
   }

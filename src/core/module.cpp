@@ -23,7 +23,7 @@ struct Module {
   ThreadSettings fallbackSettings = {};
 };
 
-Module module;
+Module module;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables): the only one, and nobody else sees it
 
 // A Win32s host reports its version with the top bit set and a major version below 4.
 bool detectLegacyHost() {

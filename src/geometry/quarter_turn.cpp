@@ -29,7 +29,7 @@ int turnByQuarter(BitmapHandle& turned, BitmapHandle& source, bool clockwise, Pr
   const auto width = static_cast<unsigned>(source.Width);
   const auto height = static_cast<unsigned>(source.Height);
   const TransposeFunction transpose = transposeFunction(source.BitsPerPixel);
-  const unsigned bits = static_cast<unsigned>(source.BitsPerPixel);
+  const auto bits = static_cast<unsigned>(source.BitsPerPixel);
   Progress progress(static_cast<int>((width + bandRows - 1) / bandRows), share);
   if (const int status = progress.begin(); status != KSUCCESS) return status;
 

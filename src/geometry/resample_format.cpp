@@ -15,8 +15,7 @@ constexpr int ditheringMethod = 1;  // whatever the bitmap's own
 
 }  // namespace
 
-ResampleFormat::ResampleFormat(const BitmapHandle& bitmap)
-    : workingDepth(24), workingOrder(colorOrderOf(bitmap)), dithersBack(false), colorCount(0) {
+ResampleFormat::ResampleFormat(const BitmapHandle& bitmap) : workingOrder(colorOrderOf(bitmap)) {
   if (bitmap.BitsPerPixel > 8) return;
   workingOrder = ORDER_BLUE_FIRST;
   colorCount = std::min(readPaletteOrFixed(bitmap, palette), 1u << bitmap.BitsPerPixel);

@@ -19,10 +19,10 @@ struct ResampleFormat {
   [[nodiscard]] bool isGray() const { return workingDepth == 0; }
   [[nodiscard]] unsigned channels() const { return isGray() ? 1 : 3; }
 
-  int workingDepth;     // 24, or 0 for grey levels
-  int workingOrder;     // of the three bytes
-  bool dithersBack;     // to the bitmap's palette
-  unsigned colorCount;  // entries of the palette
+  int workingDepth = 24;     // 24, or 0 for grey levels
+  int workingOrder;          // of the three bytes
+  bool dithersBack = false;  // to the bitmap's palette
+  unsigned colorCount = 0;   // entries of the palette
   RGBQUAD palette[256];
 };
 

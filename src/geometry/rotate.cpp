@@ -29,7 +29,7 @@ class Sampler {
     if (!smooth) return;
     if (bitsPerPixel_ > 8) {
       sample_ = bilinearSampling(bitsPerPixel_);
-    } else if (Zv_IsGrayScaleBitmap(const_cast<BitmapHandle*>(&bitmap)) != 0) {
+    } else if (Zv_IsGrayScaleBitmap(&bitmap) != 0) {
       takeGrayLevels(bitmap);
     }
   }
@@ -121,7 +121,7 @@ RotationWalk walkOfRow(const BitmapHandle& turned, const BitmapHandle& source, i
           .stepX = static_cast<int>(2 * cos),
           .stepY = static_cast<int>(-2 * sin)};
 }
-static_assert(positionScale == 2 * sineScale, "doubled coordinates times the sine's scale are positions");
+static_assert(positionScale == 2 * int64_t{sineScale}, "doubled coordinates times the sine's scale are positions");
 
 int rotatePixels(BitmapHandle& turned, BitmapHandle& source, int angle, unsigned flags, COLORREF fill,
                  ProgressShare share) {

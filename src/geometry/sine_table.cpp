@@ -4,22 +4,33 @@
 #include <zavo.h>
 
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <numbers>
 
 namespace zavo {
 namespace {
 
-constexpr auto quarterWave = [] {
+// The sine of 0 to a quarter of a turn, in radians, by its power series.
+consteval double sineOf(double angle) {
+  double sum = 0;
+  double term = angle;
+  for (int k = 1; k < 30; k += 2) {
+    sum += term;
+    term *= -angle * angle / ((k + 1) * (k + 2));
+  }
+  return sum;
+}
+
+consteval auto makeQuarterWave() {
   std::array<int32_t, quarterTurn + 1> wave{};
   for (int i = 0; i <= quarterTurn; ++i) {
-    // Never negative, so that truncating is rounding down.
-    wave[static_cast<size_t>(i)] =
-        static_cast<int32_t>(sineScale * __builtin_sin(i * std::numbers::pi / (2 * quarterTurn)) + 0.5);
+    const double doubled = 2 * sineScale * sineOf(i * std::numbers::pi / (2 * quarterTurn));
+    wave[static_cast<size_t>(i)] = (static_cast<int32_t>(doubled) + 1) / 2;  // rounded, and never negative
   }
   return wave;
-}();
+}
+
+constexpr auto quarterWave = makeQuarterWave();
 
 int quarterWaveAt(int index) {
   return quarterWave[static_cast<size_t>(index)];

@@ -72,8 +72,12 @@ class ScaledBuilder {
   static int clamped(int64_t edge, int lowest, int highest) {
     return static_cast<int>(std::clamp<int64_t>(edge, lowest, highest));
   }
-  int64_t mapX(int edge) const { return mapped(edge, scale_.xOffset, scale_.xNumerator, scale_.xDenominator); }
-  int64_t mapY(int edge) const { return mapped(edge, scale_.yOffset, scale_.yNumerator, scale_.yDenominator); }
+  [[nodiscard]] int64_t mapX(int edge) const {
+    return mapped(edge, scale_.xOffset, scale_.xNumerator, scale_.xDenominator);
+  }
+  [[nodiscard]] int64_t mapY(int edge) const {
+    return mapped(edge, scale_.yOffset, scale_.yNumerator, scale_.yDenominator);
+  }
 
   ShapeScale scale_;
   RegionBuilder builder_;
