@@ -1445,8 +1445,9 @@ ZAVO_API int ZAVO_CALL Zv_SetBitmapRgnHandle(BitmapHandle* bitmap, const RegionX
  * Sets the region from the pixels of one colour.
  * @param bitmap       an allocated bitmap
  * @param color        above 8 bits the pixels' red, green and blue; up to 8 bits a palette index when the top byte is 1
- *                     (cut to the depth), else a colour, of which the first equal palette entry is taken. The alpha of
- *                     16 and 32 bits does not count. A colour that no pixel has is an empty shape.
+ *                     (cut to the depth), else a colour, of which the first equal palette entry is taken (of the fixed
+ *                     palette when the bitmap has none). The alpha of 16 and 32 bits does not count. A colour that no
+ *                     pixel has is an empty shape.
  * @param combineMode  a Combine value
  * @return as Zv_SetBitmapRgnRect; KERR_BAD_BITMAP for a bitmap without pixels; KERR_SEEK, KERR_READ
  */

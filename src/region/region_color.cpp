@@ -98,7 +98,7 @@ bool findIndex(uint32_t& index, const BitmapHandle& bitmap, COLORREF color) {
     return true;
   }
   RGBQUAD palette[256];
-  const unsigned count = std::min(readPalette(bitmap, palette), 1u << bitmap.BitsPerPixel);
+  const unsigned count = std::min(readPaletteOrFixed(bitmap, palette), 1u << bitmap.BitsPerPixel);
   for (index = 0; index < count; ++index) {
     const RGBQUAD& entry = palette[index];
     if (RGB(entry.rgbRed, entry.rgbGreen, entry.rgbBlue) == (color & 0xFFFFFF)) return true;

@@ -1,5 +1,6 @@
 // Regions from colours and masks, against looking at every pixel.
 #include <string>
+#include <utility>
 
 #include "region/region_model.h"
 #include "support/progress_log.h"
@@ -77,11 +78,12 @@ TEST(RegionMask, OneBitMasksByTheTargetsPalette) {
   const RGBQUAD ordinary[2] = {{0, 0, 0, 0}, {255, 255, 255, 0}};
   const RGBQUAD swapped[2] = {{255, 255, 255, 0}, {0, 0, 0, 0}};
   const RGBQUAD pale[2] = {{0, 0, 0, 0}, {250, 250, 250, 0}};
-  for (const RGBQUAD* palette : {ordinary, swapped, pale}) {
+  for (const RGBQUAD* palette : {ordinary, swapped, pale, static_cast<const RGBQUAD*>(nullptr)}) {
     for (const int targetBits : {0, 24}) {  // 0 bits: 8 bits of grey
       TestBitmap mask, target;
       ASSERT_EQ(Zv_CreateBitmap(&mask, targetBits == 0 ? ALLOC_MEMORY : ALLOC_RUNLENGTH, 20, 10, 1, 0, palette, 1),
                 KSUCCESS);
+      if (palette == nullptr) DeleteObject(std::exchange(mask.Palette, nullptr));
       ASSERT_EQ(Zv_CreateBitmap(&target, ALLOC_MEMORY, 20, 10, targetBits, 1, nullptr, 1), KSUCCESS);
       fillWithNoise(mask, random);
       EXPECT_EQ(Zv_SetBitmapRgnFromMask(&target, nullptr, &mask, CombineSet), KSUCCESS);
