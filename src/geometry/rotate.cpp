@@ -187,7 +187,7 @@ int rotateStored(BitmapHandle& bitmap, int angle, unsigned flags, COLORREF fill,
   OwnedBitmap turned;
   if (const int status = buildRotated(turned, bitmap, angle, flags, fill, share); status != KSUCCESS) return status;
   const int status = carryRegionByMask(*turned, bitmap, [&](OwnedBitmap& result, BitmapHandle& mask) {
-    return buildRotated(result, mask, angle, flags & ROTATE_RESIZE, outsideMask, {share.base + share.range, 0});
+    return buildRotated(result, mask, angle, flags & ROTATE_RESIZE, outsideMask, {});
   });
   if (status != KSUCCESS) return status;
   (void)Zv_TrimBitmapHeap(turned.get());

@@ -148,7 +148,7 @@ int buildShearedWithRegion(OwnedBitmap& sheared, BitmapHandle& source, int angle
                            ProgressShare share) {
   if (const int status = buildSheared(sheared, source, angle, plan, fill, share); status != KSUCCESS) return status;
   return carryRegionByMask(*sheared, source, [&](OwnedBitmap& result, BitmapHandle& mask) {
-    return buildSheared(result, mask, angle, plan, outsideMask, {100, 0});
+    return buildSheared(result, mask, angle, plan, outsideMask, {});
   });
 }
 

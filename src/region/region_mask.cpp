@@ -1,10 +1,9 @@
 // Regions from the white pixels of masks, and masks of regions.
-#include <zavo.h>
+#include "region/region_mask.h"
 
 #include <cstring>
 #include <utility>
 
-#include "core/owners.h"
 #include "core/rows.h"
 #include "core/status.h"
 #include "region/combine_shape.h"
@@ -39,22 +38,20 @@ int clearRows(BitmapHandle& bitmap) {
   return KSUCCESS;
 }
 
-int makeMask(BitmapHandle& mask, const BitmapHandle& bitmap) {
-  OwnedBitmap made;
-  if (const int status =
-          Zv_CreateBitmap(made.get(), ALLOC_MEMORY, bitmap.Width, bitmap.Height, 1, 0, nullptr, bitmap.ViewPerspective);
-      status != KSUCCESS) {
-    return status;
-  }
-  if (const int status = clearRows(*made); status != KSUCCESS) return status;
-  if (const int status = copyRegion(*made, bitmap, 0, 0); status != KSUCCESS) return status;
-  if (const int status = Zv_FillBitmap(made.get(), maskIndex); status != KSUCCESS) return status;
-  freeRegion(*made);
-  mask = made.release();
+}  // namespace
+
+int makeRegionMask(OwnedBitmap& mask, const BitmapHandle& bitmap) {
+  int status = Zv_InitBitmap(mask.get(), bitmap.Width, bitmap.Height, 1);
+  if (status == KSUCCESS) status = Zv_AllocateBitmap(mask.get(), ALLOC_MEMORY);
+  if (status != KSUCCESS) return status;
+  mask->ViewPerspective = bitmap.ViewPerspective;
+  if (status = clearRows(*mask); status != KSUCCESS) return status;
+  if (status = copyRegion(*mask, bitmap, 0, 0); status != KSUCCESS) return status;
+  if (status = Zv_FillBitmap(mask.get(), maskIndex); status != KSUCCESS) return status;
+  freeRegion(*mask);
   return KSUCCESS;
 }
 
-}  // namespace
 }  // namespace zavo
 
 using namespace zavo;
@@ -72,5 +69,9 @@ int ZAVO_CALL Zv_SetBitmapRgnFromMask(BitmapHandle* bitmap, const RegionXForm* x
 
 int ZAVO_CALL Zv_CreateMaskFromBitmapRgn(const BitmapHandle* bitmap, BitmapHandle* mask) {
   if (bitmap == nullptr || mask == nullptr) return KERR_BAD_PARAMETER;
-  return makeMask(*mask, *bitmap);
+  OwnedBitmap made;
+  if (const int status = makeRegionMask(made, *bitmap); status != KSUCCESS) return status;
+  (void)Zv_CreateBitmapFixedPalette(made.get());
+  *mask = made.release();
+  return KSUCCESS;
 }
