@@ -178,9 +178,9 @@ int displayRegion(HRGN& region, bool& callerOwns, BitmapHandle& bitmap, const Di
 using namespace zavo;
 
 int ZAVO_CALL Zv_IntGetBitmapRgnHandle(BitmapHandle* bitmap, const RegionXForm* xform, HRGN* region, int* callerOwns) {
+  if (region != nullptr) *region = nullptr;
   if (bitmap == nullptr) return KERR_BAD_BITMAP;
   if (region == nullptr || callerOwns == nullptr) return KERR_BAD_PARAMETER;
-  *region = nullptr;
   *callerOwns = 0;
   DisplayTransform transform;
   if (const int status = transform.open(*bitmap, xform); status != KSUCCESS) return status;

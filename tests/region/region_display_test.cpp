@@ -175,7 +175,9 @@ TEST(RegionDisplay, BadArguments) {
   RegionBitmap bitmap(10, 10);
   HRGN region = nullptr;
   int callerOwns = 0;
+  region = reinterpret_cast<HRGN>(&bitmap);
   EXPECT_EQ(Zv_IntGetBitmapRgnHandle(nullptr, nullptr, &region, &callerOwns), KERR_BAD_BITMAP);
+  EXPECT_EQ(region, nullptr);
   EXPECT_EQ(Zv_IntGetBitmapRgnHandle(&bitmap, nullptr, nullptr, &callerOwns), KERR_BAD_PARAMETER);
   EXPECT_EQ(Zv_IntGetBitmapRgnHandle(&bitmap, nullptr, &region, nullptr), KERR_BAD_PARAMETER);
   EXPECT_EQ(Zv_GetBitmapRgnHandle(&bitmap, nullptr, nullptr), KERR_BAD_PARAMETER);
