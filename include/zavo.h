@@ -1566,7 +1566,7 @@ ZAVO_API int ZAVO_CALL Zv_CreateMaskFromBitmapRgn(const BitmapHandle* bitmap, Bi
  * Resizing
  *
  * All scaling is in whole numbers: of n source items scaled to m, item k is taken from source item k * n / m, rounded
- * down. What a resized image inherits is what Zv_DupBitmapNewDim hands on, and the dithering method.
+ * down. What a resized image inherits is what Zv_DupBitmapNewDim hands on, DitheringMethod and Reserved1.
  * --------------------------------------------------------------------------------------------------------- */
 
 /** Bits of Zv_SizeBitmap's flags. */

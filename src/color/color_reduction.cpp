@@ -67,12 +67,6 @@ int reduce(OwnedBitmap& work, BitmapHandle& source, const ReductionTarget& targe
   return KSUCCESS;
 }
 
-// Puts a reduced bitmap in its source's place; a dither run that is open on the handle stays the caller's.
-void replace(BitmapHandle& source, OwnedBitmap& work) {
-  work->DitherState = source.DitherState;
-  work.moveInto(source);
-}
-
 // --- Lists
 
 // The reduced items of a list while not all are made; freed unless they are moved into the list.
@@ -90,7 +84,7 @@ class ReducedItems {
   void moveIntoList() {
     for (unsigned i = 0; i < made_; ++i) {
       OwnedBitmap work(std::exchange(items_[i], BitmapHandle{}));
-      replace(list_.items[i], work);
+      work.moveInto(list_.items[i]);
     }
   }
 
@@ -147,7 +141,7 @@ int ZAVO_CALL Zv_ColorResBitmap(BitmapHandle* source, BitmapHandle* destination,
   OwnedBitmap work;
   if (const int status = reduce(work, *source, target, options, progress); status != KSUCCESS) return status;
   if (destination == nullptr || destination == source) {
-    replace(*source, work);
+    work.moveInto(*source);
   } else {
     *destination = work.release();
   }

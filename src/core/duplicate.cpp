@@ -84,6 +84,8 @@ int duplicateEmpty(BitmapHandle& made, BitmapHandle& source, int width, int heig
   const unsigned flags = DUP_STORAGE | DUP_PALETTE;
   const int status = duplicateBitmap(made, source, width, height, source.BitsPerPixel, flags);
   made.Region = nullptr;
+  made.DitheringMethod = source.DitheringMethod;
+  made.Reserved1 = source.Reserved1;
   return status;
 }
 

@@ -9,8 +9,8 @@ namespace zavo {
 [[nodiscard]] int duplicateBitmap(BitmapHandle& destination, BitmapHandle& source, int width, int height,
                                   int bitsPerPixel, unsigned flags);
 
-// An empty image of other dimensions for an operation that builds its result aside: storage, own palette and settings
-// of the source, no region. `made` must be free to take it.
+// An empty image of other dimensions for an operation that builds its result aside: storage, own palette and all
+// settings of the source, no region. `made` must be free to take it.
 [[nodiscard]] int duplicateEmpty(BitmapHandle& made, BitmapHandle& source, int width, int height);
 
 // Frees what a duplicate made with `flags` owns and takes out of it what it shares with its source.

@@ -209,9 +209,11 @@ class [[nodiscard]] OwnedBitmap {
 
   // Hands the record and all it points to over to the caller.
   [[nodiscard]] BitmapHandle release() { return std::exchange(handle_, BitmapHandle{}); }
-  // Frees what `target` holds and puts this bitmap in its place.
+  // Frees what `target` holds and puts this bitmap in its place. A dither run that is open on the handle stays the
+  // caller's.
   void moveInto(BitmapHandle& target) {
     Zv_FreeBitmap(&target);
+    handle_.DitherState = target.DitherState;
     target = release();
   }
 

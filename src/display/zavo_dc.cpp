@@ -51,6 +51,9 @@ bool unturn(BitmapHandle& bitmap) {
   if (!isRotated(bitmap.ViewPerspective)) return true;
   OwnedBitmap unturned;
   if (Zv_ChangeBitmapViewPerspective(unturned.get(), &bitmap, VIEW_BOTTOM_UP) != KSUCCESS) return false;
+  // A copy does not inherit these.
+  unturned->DitheringMethod = bitmap.DitheringMethod;
+  unturned->Reserved1 = bitmap.Reserved1;
   unturned.moveInto(bitmap);
   return true;
 }

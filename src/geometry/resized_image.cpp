@@ -12,16 +12,11 @@ int ResizedImage::create(int width, int height) {
   const auto bits = static_cast<unsigned>(bitmap_.BitsPerPixel);
   const uint64_t bytes = rowBytesFor(static_cast<unsigned>(width), bits) * static_cast<unsigned>(height);
   if (bytes > UINT32_MAX) return KERR_NO_MEMORY;
-
-  const int status = duplicateBitmap(*image_, bitmap_, width, height, bitmap_.BitsPerPixel, DUP_STORAGE | DUP_PALETTE);
-  image_->Region = nullptr;
-  return status;
+  return duplicateEmpty(*image_, bitmap_, width, height);
 }
 
 int ResizedImage::install() {
   if (const int status = copyScaledRegion(*image_, bitmap_); status != KSUCCESS) return status;
-  image_->DitheringMethod = bitmap_.DitheringMethod;
-  image_->Reserved1 = bitmap_.Reserved1;
   Zv_TrimBitmapHeap(image_.get());
   image_.moveInto(bitmap_);
   return KSUCCESS;

@@ -24,6 +24,7 @@ TEST(ZavoDC, DrawsIntoEveryDepthPerspectiveAndStorage) {
           fillWithNoise(bitmap, random);
           bitmap.ViewPerspective = perspective;
           bitmap.XResolution = 77;
+          bitmap.DitheringMethod = 3;
           RECT drawn = {0, 0, bitmap.Width, bitmap.Height};
           if (clipped) {
             drawn = {3, 4, 13, 9};
@@ -39,6 +40,7 @@ TEST(ZavoDC, DrawsIntoEveryDepthPerspectiveAndStorage) {
           EXPECT_EQ(bitmap.ViewPerspective, turned ? VIEW_BOTTOM_UP : perspective);
           EXPECT_EQ(bitmap.Flags & BMF_RUNLENGTH, 0u);
           EXPECT_EQ(turned ? bitmap.YResolution : bitmap.XResolution, 77);
+          EXPECT_EQ(bitmap.DitheringMethod, 3);
           EXPECT_EQ(seenOf(bitmap), expected);  // the changes keep the picture
           PatBlt(dc, -5, -5, 25, 30, WHITENESS);
           SetPixel(dc, 0, 0, RGB(0, 0, 0));

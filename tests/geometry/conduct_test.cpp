@@ -48,14 +48,25 @@ const Operation operations[] = {
     {"turned", [](BitmapHandle& image) { return Zv_ChangeBitmapViewPerspective(nullptr, &image, VIEW_TURNED_90); }, {}},
 };
 
+// A region takes part without being reported, and what is no part of the picture stays.
 TEST(Progress, IsReportedAndCanStop) {
   for (const Operation& operation : operations) {
     SCOPED_TRACE(operation.name);
     {
       TestBitmap bitmap(40, 30, 1);
+      const RECT part = {3, 5, 20, 10};
+      ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &part, CombineSet), KSUCCESS);
+      bitmap.DitheringMethod = 3;
+      bitmap.Reserved1 = 99;
+      ASSERT_EQ(Zv_StartDithering(&bitmap, nullptr, 2), KSUCCESS);
+      const void* dithering = bitmap.DitherState;
       const ProgressLog log;
       EXPECT_EQ(operation.run(bitmap), KSUCCESS);
       EXPECT_EQ(log.percents, operation.percents);
+      EXPECT_EQ(bitmap.DitheringMethod, 3);
+      EXPECT_EQ(bitmap.Reserved1, 99u);
+      EXPECT_EQ(bitmap.DitherState, dithering);
+      Zv_StopDithering(&bitmap);
     }
     TestBitmap bitmap(40, 30, 1);
     const Snapshot snapshot(bitmap);
