@@ -77,44 +77,15 @@ class ShiftSteps {
   int accumulated_ = 0;
 };
 
-// Puts a row's pixels into a wider row at a pixel offset.
-class RowPlacer {
- public:
-  explicit RowPlacer(const BitmapHandle& bitmap)
-      : bitsPerPixel_(bitmap.BitsPerPixel), width_(static_cast<unsigned>(bitmap.Width)) {}
-
-  [[nodiscard]] int open() {
-    if (bitsPerPixel_ >= 8) return KSUCCESS;
-    indexes_ = OsBlock<uint8_t>::allocate(width_);
-    return indexes_ ? KSUCCESS : KERR_NO_MEMORY;
-  }
-
-  void place(uint8_t* to, const uint8_t* from, unsigned offset) const {
-    if (bitsPerPixel_ < 8) {
-      unpackFunction(bitsPerPixel_)(indexes_.get(), from, 0, width_);
-      packFunction(bitsPerPixel_)(to, indexes_.get(), offset, width_);
-    } else {
-      const size_t pixelBytes = static_cast<unsigned>(bitsPerPixel_) / 8;
-      memcpy(to + offset * pixelBytes, from, width_ * pixelBytes);
-    }
-  }
-
- private:
-  int bitsPerPixel_;
-  unsigned width_;
-  OsBlock<uint8_t> indexes_;
-};
-
 int shearPixels(BitmapHandle& sheared, BitmapHandle& source, int angle, const ShearPlan& plan, COLORREF fill,
                 ProgressShare share) {
   RowPass pass(sheared, source);
-  RowPlacer placer(source);
   if (const int status = pass.open(); status != KSUCCESS) return status;
-  if (const int status = placer.open(); status != KSUCCESS) return status;
   auto background = OsBlock<uint8_t>::allocateZeroed(sheared.BytesPerLine);
   if (!background) return KERR_NO_MEMORY;
   fillColorRow(background.get(), sheared, fill, static_cast<unsigned>(sheared.Width));
 
+  const auto bits = static_cast<unsigned>(source.BitsPerPixel);
   const int room = sheared.Width - source.Width;
   ShiftSteps shift(angle);
   Progress progress(source.Height, share);
@@ -125,7 +96,8 @@ int shearPixels(BitmapHandle& sheared, BitmapHandle& source, int angle, const Sh
     if (from == nullptr) return pass.reader.status();
     uint8_t* to = pass.writer.row(y);
     memcpy(to, background.get(), sheared.BytesPerLine);
-    placer.place(to, from, static_cast<unsigned>(plan.mirrored ? room - shift.current() : shift.current()));
+    const auto offset = static_cast<unsigned>(plan.mirrored ? room - shift.current() : shift.current());
+    copyBits(to, offset * bits, from, 0, static_cast<unsigned>(source.Width) * bits);
     if (const int status = pass.writer.commit(y); status != KSUCCESS) return status;
     if (const int status = progress.step(); status != KSUCCESS) return status;
   }
@@ -154,19 +126,28 @@ int buildShearedWithRegion(OwnedBitmap& sheared, BitmapHandle& source, int angle
 
 int shearInPlace(BitmapHandle& bitmap, int angle, bool horizontal, COLORREF fill) {
   const ShearPlan plan = planShear(bitmap.ViewPerspective, horizontal, angle);
-  const int begin = (plan.quarters != 0 ? turnShare : 0) + (angle < 0 ? reverseShare : 0);
-  const ProgressShare share = {begin, 100 - begin};
+  OwnedBitmap turned, sheared;
+  BitmapHandle* source = &bitmap;
+  int done = 0;  // percent
+  if (plan.quarters != 0) {
+    const int status = buildQuarterTurn(turned, bitmap, plan.quarters, {done, turnShare});
+    if (status != KSUCCESS) return status;
+    source = turned.get();
+    done += turnShare;
+  }
+  if (angle < 0) {
+    // The shear itself mirrors; in the progress that has its share all the same.
+    Progress mirroring(1, {done, reverseShare});
+    if (const int status = mirroring.begin(); status != KSUCCESS) return status;
+    done += reverseShare;
+  }
   const int steepness = angle < 0 ? -angle : angle;
-  OwnedBitmap sheared;
-  if (plan.quarters == 0) {
-    const int status = buildShearedWithRegion(sheared, bitmap, steepness, plan, fill, share);
-    if (status != KSUCCESS) return status;
-  } else {
-    OwnedBitmap turned, shearedTurned;
-    int status = buildQuarterTurn(turned, bitmap, plan.quarters, {0, turnShare});
-    if (status == KSUCCESS) status = buildShearedWithRegion(shearedTurned, *turned, steepness, plan, fill, share);
-    if (status == KSUCCESS) status = buildQuarterTurn(sheared, *shearedTurned, 4 - plan.quarters, {100, 0});
-    if (status != KSUCCESS) return status;
+  if (const int status = buildShearedWithRegion(sheared, *source, steepness, plan, fill, {done, 100 - done});
+      status != KSUCCESS) {
+    return status;
+  }
+  if (plan.quarters != 0) {
+    if (const int status = turnInPlace(*sheared, 4 - plan.quarters, {100, 0}); status != KSUCCESS) return status;
   }
   (void)Zv_TrimBitmapHeap(sheared.get());
   sheared.moveInto(bitmap);

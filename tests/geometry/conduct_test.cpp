@@ -12,9 +12,11 @@ namespace {
 
 using namespace zavotest;
 
-// The percentages reported for so many steps of work, from `base` to 100: above 100 steps only changes.
+// The percentages reported for so many steps of work, after what is done in one step up to `base`: above 100 steps only
+// changes.
 std::vector<int> percents(int steps, int base = 0) {
-  std::vector<int> reported = {base};
+  std::vector<int> reported = {0};
+  if (base != 0) reported.push_back(base);
   for (int step = 1; step <= steps; ++step) {
     const int percent = base + (100 - base) * step / steps;
     if (steps <= 100 || percent != reported.back()) reported.push_back(percent);
