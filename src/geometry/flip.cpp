@@ -16,7 +16,7 @@
 namespace zavo {
 namespace {
 
-// Exchanges stored rows of a temporary file.
+// Exchanges stored rows, where they lie or, of a temporary file, in buffers.
 class RowExchanger {
  public:
   explicit RowExchanger(BitmapHandle& bitmap) : upper_(bitmap), lower_(bitmap) {}

@@ -1,6 +1,7 @@
 // Scaling images by taking the nearest pixels.
 #include "geometry/resize.h"
 
+#include "core/perspective.h"
 #include "core/progress.h"
 #include "core/row_padding.h"
 #include "core/row_pass.h"
@@ -13,23 +14,13 @@ namespace {
 // What Zv_IsGrayScaleBitmap says of a palette whose first entry is white.
 constexpr int fallingGrays = 2;
 
-bool isRotated(int viewPerspective) {
-  return viewPerspective == VIEW_TURNED_90 || viewPerspective == VIEW_TURNED_270;
-}
-
-// Both are seen the same way; every code without a meaning of its own is upright.
-bool sameView(int a, int b) {
-  const auto known = [](int code) { return code == VIEW_BOTTOM_UP || isRotated(code) ? code : int{VIEW_UPRIGHT}; };
-  return known(a) == known(b);
-}
-
 }  // namespace
 
 int resizeNearest(BitmapHandle& destination, BitmapHandle& source) {
   const auto width = static_cast<unsigned>(destination.Width);
   const auto height = static_cast<unsigned>(destination.Height);
   const auto bits = static_cast<unsigned>(destination.BitsPerPixel);
-  const bool flips = !sameView(destination.ViewPerspective, source.ViewPerspective);
+  const bool flips = !sameFrame(destination.ViewPerspective, source.ViewPerspective);
 
   Progress progress(destination.Height);
   if (const int status = progress.begin(); status != KSUCCESS) return status;
@@ -88,7 +79,7 @@ int ZAVO_CALL Zv_ResizeBitmap(BitmapHandle* source, BitmapHandle* destination) {
   if (source == destination) return KSUCCESS;
   OwnedBitmap turned;
   BitmapHandle* from = source;
-  if (!sameView(source->ViewPerspective, destination->ViewPerspective) &&
+  if (!sameFrame(source->ViewPerspective, destination->ViewPerspective) &&
       (isRotated(source->ViewPerspective) || isRotated(destination->ViewPerspective))) {
     from = turned.get();
     const int status = Zv_ChangeBitmapViewPerspective(from, source, destination->ViewPerspective);
