@@ -1911,8 +1911,7 @@ enum {
 /**
  * Begins the playback of an animation onto a target: no frame is current, the state is PB_PRECLEAR.
  * @param playback  receives the handle; null when the call fails
- * @param target    an allocated bitmap, which must outlive the playback; its PlaybackBackground is what it is cleared
- * to
+ * @param target    an allocated bitmap, which must outlive the playback; it is cleared to its PlaybackBackground
  * @param frames    a bitmap list, or null for an empty one made here; the playback holds it until it is destroyed
  * @return KSUCCESS; KERR_BAD_PARAMETER for a null `playback` or an unallocated target; KERR_NO_MEMORY
  */
@@ -1921,7 +1920,7 @@ ZAVO_API int ZAVO_CALL Zv_CreatePlayback(PlaybackHandle* playback, BitmapHandle*
 /**
  * Ends a playback.
  * @param playback  the playback, which its handle names no longer
- * @param frames  receives the frame list, which is the caller's from now on; null leaves it to who holds it already
+ * @param frames    receives the frame list, which is the caller's from now on; null leaves it to who holds it already
  * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle
  */
 ZAVO_API int ZAVO_CALL Zv_DestroyPlayback(PlaybackHandle playback, BitmapListHandle* frames);
@@ -1930,7 +1929,7 @@ ZAVO_API int ZAVO_CALL Zv_DestroyPlayback(PlaybackHandle playback, BitmapListHan
  * Takes at most one step: draws, waits or disposes, as the state says. Call it again and again, repainting the update
  * rectangle in between. A frame that cannot be drawn is passed over.
  * @param playback  the playback
- * @param state  receives the new PB_ state, may be null
+ * @param state     receives the new PB_ state, may be null
  * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle
  */
 ZAVO_API int ZAVO_CALL Zv_ProcessPlayback(PlaybackHandle playback, unsigned* state);
@@ -1954,8 +1953,8 @@ ZAVO_API int ZAVO_CALL Zv_CancelPlaybackWait(PlaybackHandle playback);
  * Tells the part of the target that has changed since the update rectangle was emptied, in stored coordinates. A frame
  * counts by the bounds of its region, drawn and disposed of alike.
  * @param playback  the playback
- * @param rect   receives it, may be null
- * @param clear  not 0: the rectangle is emptied
+ * @param rect      receives it, may be null
+ * @param clear     not 0: the rectangle is emptied
  * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle
  */
 ZAVO_API int ZAVO_CALL Zv_GetPlaybackUpdateRect(PlaybackHandle playback, RECT* rect, int clear);
@@ -1967,7 +1966,7 @@ ZAVO_API int ZAVO_CALL Zv_ClearPlaybackUpdateRect(PlaybackHandle playback);
  * Goes to a frame: every frame up to it is drawn and disposed without waiting, from a cleared target when the frame
  * has gone by already.
  * @param playback  the playback
- * @param index  -1 to the number of frames
+ * @param index     -1 to the number of frames
  * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle or index
  */
 ZAVO_API int ZAVO_CALL Zv_SetPlaybackIndex(PlaybackHandle playback, int index);
@@ -1976,7 +1975,7 @@ ZAVO_API int ZAVO_CALL Zv_SetPlaybackIndex(PlaybackHandle playback, int index);
  * Appends a frame that may still be loading: it is not drawn before all of its rows are reported by
  * Zv_ValidatePlaybackLines. A playback at its end goes on with it.
  * @param playback  the playback
- * @param frame  the bitmap, which the list takes over
+ * @param frame     the bitmap, which the list takes over
  * @return KSUCCESS; KERR_BAD_PARAMETER for a bad handle or a null frame; KERR_NO_MEMORY, the list then unchanged
  */
 ZAVO_API int ZAVO_CALL Zv_AppendPlayback(PlaybackHandle playback, BitmapHandle* frame);
