@@ -9,29 +9,11 @@
 namespace zavo {
 namespace {
 
-// What brings the stored image of one perspective into another: first the flip, then the turn.
-struct Restoring {
-  bool flip;
-  int turn;  // hundredths of a degree, clockwise, 0 .. 35999
-};
-
-Restoring restoring(int from, int to) {
-  Restoring steps = {.flip = isFlipped(from), .turn = angleOf(from) * 100};
-  if (to == VIEW_BOTTOM_UP) {
-    steps.turn = 36000 - steps.turn;
-    steps.flip = true;
-  } else {
-    steps.turn -= angleOf(to) * 100;
-  }
-  steps.turn = (steps.turn + 36000) % 36000;
-  return steps;
-}
-
 int restore(BitmapHandle& bitmap, int perspective) {
   if (bitmap.ViewPerspective == perspective) return KSUCCESS;
-  const Restoring steps = restoring(bitmap.ViewPerspective, perspective);
+  const auto [flip, angle] = passage(bitmap.ViewPerspective, perspective);
   const SilentProgress silent;
-  if (steps.flip) {
+  if (flip) {
     // It is the stored rows that are flipped, whatever they show: as in an upright bitmap.
     const int before = bitmap.ViewPerspective;
     bitmap.ViewPerspective = 0;
@@ -39,10 +21,9 @@ int restore(BitmapHandle& bitmap, int perspective) {
     if (status != KSUCCESS || before != VIEW_BOTTOM_UP) bitmap.ViewPerspective = before;
     if (status != KSUCCESS) return status;
   }
-  if (steps.turn != 0) {
-    if (const int status = Zv_IntRotateBitmapFine(&bitmap, steps.turn, ROTATE_RESIZE, 0); status != KSUCCESS) {
-      return status;
-    }
+  if (angle != 0) {
+    const int status = Zv_IntRotateBitmapFine(&bitmap, angle * 100, ROTATE_RESIZE, 0);
+    if (status != KSUCCESS) return status;
   }
   bitmap.ViewPerspective = perspective;
   (void)Zv_TrimBitmapHeap(&bitmap);
