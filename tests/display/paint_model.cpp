@@ -64,9 +64,6 @@ class Source {
 
   [[nodiscard]] LONG width() const { return destination.right - destination.left; }
   [[nodiscard]] LONG height() const { return destination.bottom - destination.top; }
-  [[nodiscard]] bool isSameSize() const {
-    return whole.right - whole.left == width() && whole.bottom - whole.top == height();
-  }
 
   // The seen pixel of a destination pixel; false when that is not painted.
   [[nodiscard]] bool find(LONG x, LONG y, POINT& seen) const {
@@ -260,7 +257,7 @@ void paintModel(Picture& canvas, BitmapHandle& bitmap, const PaintRects& rects, 
     paintDithered(canvas, source, isTurned(bitmap), ditherer);
     return;
   }
-  const bool gray = paintMode == 3 || paintMode == 4 || (paintMode >= 5 && !source.isSameSize());
+  const bool gray = paintMode >= 3;  // at the same size these are black and white, as the picture is
   for (int y = 0; y < canvas.height; ++y) {
     for (int x = 0; x < canvas.width; ++x) {
       POINT seen;

@@ -10,6 +10,8 @@
 #include <map>
 #include <vector>
 
+#include "support/canvas.h"
+
 namespace zavotest {
 
 inline int screenBits() {
@@ -67,19 +69,9 @@ class ScreenWindow {
 
   // 0xRRGGBB, row by row from the top.
   [[nodiscard]] std::vector<uint32_t> pixels() const {
-    HDC memory = CreateCompatibleDC(dc_);
-    HBITMAP copy = CreateCompatibleBitmap(dc_, width, height);
-    HGDIOBJ displaced = SelectObject(memory, copy);
-    BitBlt(memory, 0, 0, width, height, dc_, 0, 0, SRCCOPY);
-    SelectObject(memory, displaced);
-    std::vector<uint32_t> result(static_cast<size_t>(width) * height);
-    BITMAPINFO info = {};
-    info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    GetDIBits(memory, copy, 0, height, result.data(), &info, DIB_RGB_COLORS);
-    DeleteObject(copy);
-    DeleteDC(memory);
-    for (uint32_t& pixel : result) pixel &= 0xFFFFFF;
-    return result;
+    const Canvas copy(width, height);
+    BitBlt(copy.dc(), 0, 0, width, height, dc_, 0, 0, SRCCOPY);
+    return copy.pixels();
   }
 
  private:
