@@ -15,12 +15,9 @@ inline void describe(BitmapHandle& bitmap, int perspective) {
   bitmap.YResolution = 77;
   bitmap.DitheringMethod = 3;
   bitmap.Flags |= BMF_PLAYBACK_WAITUSER | BMF_PLAYBACK_TRANSPARENT;
-  bitmap.PlaybackLeft = 5;
-  bitmap.PlaybackTop = -3;
   bitmap.PlaybackDelay = 1234;
   bitmap.PlaybackBackground = indexes ? 0x01000000u | (bitmap.ColorCount - 1) : RGB(1, 2, 3);
   bitmap.PlaybackTransparentColor = indexes ? 0x01000000u : RGB(4, 5, 6);
-  bitmap.PlaybackDisposal = 2;
 }
 
 // Expects what describe() said of `before`, in an image of `bits` bits with a palette of the fixed white and black.
@@ -33,8 +30,6 @@ inline void expectDescribed(const BitmapHandle& bitmap, const BitmapHandle& befo
   EXPECT_EQ(bitmap.ViewPerspective, before.ViewPerspective);
   EXPECT_EQ(bitmap.XResolution, 301);
   EXPECT_EQ(bitmap.YResolution, 77);
-  EXPECT_EQ(bitmap.PlaybackLeft, 5);
-  EXPECT_EQ(bitmap.PlaybackTop, -3);
   EXPECT_EQ(bitmap.PlaybackDelay, 1234u);
   COLORREF background = before.PlaybackBackground, transparent = before.PlaybackTransparentColor;
   if (before.BitsPerPixel <= 8) {
@@ -43,7 +38,6 @@ inline void expectDescribed(const BitmapHandle& bitmap, const BitmapHandle& befo
   }
   EXPECT_EQ(bitmap.PlaybackBackground, background);
   EXPECT_EQ(bitmap.PlaybackTransparentColor, transparent);
-  EXPECT_EQ(bitmap.PlaybackDisposal, before.PlaybackDisposal);
 }
 
 }  // namespace zavotest

@@ -24,11 +24,6 @@ int screenDpi(int pixels, int millimetres) {
   return (perMetre * 254 + 5000) / 10000;
 }
 
-// Pixels per metre as dots per inch.
-constexpr struct {
-  int perMetre, dpi;
-} resolutions[] = {{3937, 100}, {2835, 72}, {11811, 300}, {19, 0}, {20, 1}, {0, -1}, {INT_MAX, 54546085}, {1, 0}};
-
 // Expects what a sample says of a bitmap made of it; `colors` are the entries of its table, of 3 or 4 bytes.
 void expectSample(BitmapHandle& bitmap, const DibSpec& layout, const Bytes& dib, size_t table, size_t entryBytes) {
   EXPECT_EQ(bitmap.Width, layout.width);
@@ -44,11 +39,8 @@ void expectSample(BitmapHandle& bitmap, const DibSpec& layout, const Bytes& dib,
     ASSERT_EQ(palette[i].rgbReserved, 0);
   }
   // Only the plain header is asked for the resolution.
-  const auto dpi = [&](int perMetre, int screen) {
-    for (const auto& r : resolutions) {
-      if (r.perMetre == perMetre && r.dpi >= 0 && layout.headerBytes == 40) return r.dpi;
-    }
-    return screen;
+  const auto dpi = [&](int perMetre, int screen) -> int64_t {
+    return perMetre == 0 || layout.headerBytes != 40 ? screen : (int64_t{perMetre} * 254 + 5000) / 10000;
   };
   static const int screenX = screenDpi(HORZRES, HORZSIZE), screenY = screenDpi(VERTRES, VERTSIZE);
   EXPECT_EQ(bitmap.XResolution, dpi(layout.xPixelsPerMetre, screenX));
@@ -57,14 +49,15 @@ void expectSample(BitmapHandle& bitmap, const DibSpec& layout, const Bytes& dib,
 
 TEST(FromDib, PackedAndInPartsTheyDifferInOrderAndInThePlaceOfTheTable) {
   std::mt19937 random(20);
+  constexpr int resolutions[] = {3937, 2835, 19, 20, 0, 1, INT_MAX};
   for (const int bits : {1, 4, 8, 16, 24, 32}) {
     for (const unsigned headerBytes : {12u, 40u, 108u}) {
       for (int width = 1; width <= 40; ++width) {
         DibSpec layout = {.headerBytes = headerBytes, .width = width, .bits = bits};
         if (headerBytes != 12 && width % 2 == 0) layout.height = -3;
         if (width % 3 == 0) layout.colorsUsed = random() % 40 + 1;
-        layout.xPixelsPerMetre = resolutions[random() % std::size(resolutions)].perMetre;
-        layout.yPixelsPerMetre = resolutions[random() % std::size(resolutions)].perMetre;
+        layout.xPixelsPerMetre = resolutions[random() % std::size(resolutions)];
+        layout.yPixelsPerMetre = resolutions[random() % std::size(resolutions)];
         SCOPED_TRACE(testing::Message() << bits << " bits, header of " << headerBytes << ", " << width << " x "
                                         << layout.height << ", " << layout.colorsUsed << " colours");
         Bytes dib = packedDib(layout, static_cast<unsigned>(width));
@@ -85,7 +78,23 @@ TEST(FromDib, PackedAndInPartsTheyDifferInOrderAndInThePlaceOfTheTable) {
   }
 }
 
-// Each is refused both ways, the record untouched and the memory still the caller's.
+// Both ways, the record untouched and the memory still the caller's. Of a block the first `bytes` are there.
+void expectRefused(const Bytes& dib, size_t bytes, size_t rowsAt) {
+  BitmapHandle bitmap;
+  memset(&bitmap, 0x5A, sizeof bitmap);
+  const BitmapHandle before = bitmap;
+  HGLOBAL memory = globalCopy(Bytes(dib.begin(), dib.begin() + static_cast<ptrdiff_t>(bytes)));
+  EXPECT_EQ(Zv_ChangeFromDIB(&bitmap, memory), KERR_BAD_DIB);
+  EXPECT_EQ(GlobalFlags(memory) & GMEM_LOCKCOUNT, 0u);
+  const auto* address = static_cast<const uint8_t*>(GlobalLock(memory));
+  if (rowsAt <= bytes) {
+    EXPECT_EQ(fromParts(&bitmap, address, address + rowsAt), KERR_BAD_DIB);
+  }
+  GlobalUnlock(memory);
+  EXPECT_EQ(GlobalFree(memory), nullptr);
+  EXPECT_EQ(memcmp(&bitmap, &before, sizeof bitmap), 0);
+}
+
 TEST(FromDib, MalformedHeadersAreRefused) {
   std::vector<DibSpec> cases = {
       {.width = 0},
@@ -110,47 +119,30 @@ TEST(FromDib, MalformedHeadersAreRefused) {
     Bytes dib = packedDib({});
     const Bytes bad = dibHeader(cases[i]);
     memcpy(dib.data(), bad.data(), bad.size());
-    BitmapHandle bitmap;
-    memset(&bitmap, 0x5A, sizeof bitmap);
-    const BitmapHandle before = bitmap;
-    HGLOBAL memory = globalCopy(dib);
-    EXPECT_EQ(Zv_ChangeFromDIB(&bitmap, memory), KERR_BAD_DIB);
-    EXPECT_EQ(GlobalFlags(memory) & GMEM_LOCKCOUNT, 0u);
-    EXPECT_EQ(GlobalFree(memory), nullptr);
-    EXPECT_EQ(fromParts(&bitmap, dib.data(), dib.data()), KERR_BAD_DIB);
-    EXPECT_EQ(memcmp(&bitmap, &before, sizeof bitmap), 0);
+    expectRefused(dib, dib.size(), 0);
   }
-}
-
-TEST(FromDib, MemoryThatHoldsLessThanItClaimsIsRefused) {
   BitmapHandle bitmap;
-  for (const unsigned headerBytes : {12u, 40u, 64u}) {
-    const DibSpec layout = {.headerBytes = headerBytes};
-    const Bytes dib = packedDib(layout);
-    for (const size_t bytes : {size_t{1}, size_t{4}, size_t{11}, size_t{headerBytes}, dib.size() / 2, dib.size() - 1}) {
-      SCOPED_TRACE(testing::Message() << "header of " << headerBytes << ", " << bytes << " bytes");
-      HGLOBAL memory = globalCopy(Bytes(dib.begin(), dib.begin() + static_cast<ptrdiff_t>(bytes)));
-      EXPECT_EQ(Zv_ChangeFromDIB(&bitmap, memory), KERR_BAD_DIB);
-      const auto* address = static_cast<const uint8_t*>(GlobalLock(memory));
-      const size_t rowsAt = dib.size() - layout.rowBytes() * 3;
-      if (rowsAt <= bytes) {
-        EXPECT_EQ(fromParts(&bitmap, address, address + rowsAt), KERR_BAD_DIB);
-      }
-      GlobalUnlock(memory);
-      GlobalFree(memory);
-    }
-  }
-  Bytes dib = packedDib({});
-  const unsigned longHeader = 0xFFFFFFF0;
-  memcpy(dib.data(), &longHeader, 4);
+  const Bytes dib = packedDib({});
   HGLOBAL memory = globalCopy(dib);
-  EXPECT_EQ(Zv_ChangeFromDIB(&bitmap, memory), KERR_BAD_DIB);
   EXPECT_EQ(Zv_ChangeFromDIB(nullptr, memory), KERR_BAD_PARAMETER);
   EXPECT_EQ(GlobalFree(memory), nullptr);
   EXPECT_EQ(Zv_ChangeFromDIB(&bitmap, nullptr), KERR_BAD_PARAMETER);
   EXPECT_EQ(fromParts(nullptr, dib.data(), dib.data()), KERR_BAD_PARAMETER);
   EXPECT_EQ(fromParts(&bitmap, nullptr, dib.data()), KERR_BAD_PARAMETER);
   EXPECT_EQ(fromParts(&bitmap, dib.data(), nullptr), KERR_BAD_PARAMETER);
+}
+
+TEST(FromDib, MemoryThatHoldsLessThanItClaimsIsRefused) {
+  for (const unsigned headerBytes : {12u, 40u, 64u}) {
+    Bytes dib = packedDib({.headerBytes = headerBytes});
+    for (const size_t bytes : {size_t{1}, size_t{4}, size_t{11}, size_t{headerBytes}, dib.size() / 2, dib.size() - 1}) {
+      SCOPED_TRACE(testing::Message() << "header of " << headerBytes << ", " << bytes << " bytes");
+      expectRefused(dib, bytes, dib.size() - 24);
+    }
+    const unsigned longHeader = 0xFFFFFFF0;
+    memcpy(dib.data(), &longHeader, 4);
+    expectRefused(dib, dib.size(), dib.size() + 1);
+  }
 }
 
 TEST(FromDib, InPartsRowsThatRunIntoUnreadablePagesAreRefused) {

@@ -9,7 +9,6 @@
 #include "color/colors.h"
 #include "color/description.h"
 #include "color/threshold_screens.h"
-#include "imgproc/turned_screen.h"
 #include "support/progress_log.h"
 #include "support/snapshot.h"
 
@@ -100,25 +99,6 @@ TEST(HalfTone, ScreensTurnByAnyAngle) {
                                       << size.cx << " x " << size.cy);
       NoiseBitmap bitmap(size.cx, size.cy, bits, random);
       ASSERT_NO_FATAL_FAILURE(expectConverted(bitmap, type, angle));
-    }
-  }
-}
-
-TEST(HalfTone, VectorCodeAndPlainCodeAgree) {
-  if (!__builtin_cpu_supports("ssse3")) GTEST_SKIP() << "this processor has no SSSE3";
-  std::mt19937 random(636);
-  for (unsigned width = 1; width <= 130; ++width) {
-    for (int k = 0; k < 8; ++k) {
-      SCOPED_TRACE(testing::Message() << "width " << width << ", number " << k);
-      std::vector<uint8_t> levels(width);
-      for (uint8_t& level : levels) level = static_cast<uint8_t>(random());
-      const zavo::ScreenPlace place = {random(), random()}, step = {random() % 32769 - 16384, random() % 32769 - 16384};
-      const zavo::ThresholdMatrix& matrix = k % 2 == 0 ? zavo::clusteredMatrix : zavo::dispersedMatrix;
-      std::vector<uint8_t> plain((width + 7) / 8 + 4, 0xA5), vectors = plain;
-      zavo::turnedRowPlain(plain.data(), levels.data(), width, matrix, place, step);
-      zavo::turnedRowSsse3(vectors.data(), levels.data(), width, matrix, place, step);
-      ASSERT_EQ(plain, vectors);
-      ASSERT_EQ(plain[(width + 7) / 8], 0xA5) << "behind the row";
     }
   }
 }
