@@ -58,6 +58,13 @@ Target targetOf(const BitmapHandle& source, const Request& request, const Palett
   const bool narrower = request.option == 0 && source.BitsPerPixel > request.bits;
   Target target = {request.given, gray, !gray && (narrower || request.option == COLORRES_OPTIMISED_PALETTE)};
   if (gray) target.colors = grayPalette(result.size());
+  if (target.optimised && source.BitsPerPixel <= 8 && source.ColorCount <= result.size()) {
+    // A palette that has room is kept, sorted.
+    target.optimised = false;
+    target.colors = entriesOf(source.Palette);
+    std::sort(target.colors.begin(), target.colors.end(), [](auto& a, auto& b) { return colorOf(a) < colorOf(b); });
+    return target;
+  }
   if (target.optimised) {
     // Those of fewer colours end in black entries that are none of their own.
     target.colors = result;
@@ -241,38 +248,35 @@ TEST(ColorReduction, OfAListIsAllOrNothing) {
   EXPECT_EQ(Zv_ColorResBitmapList(list, 8, 0, nullptr, 0), KERR_BAD_PARAMETER);
   ASSERT_EQ(Zv_CreateBitmapList(&list), KSUCCESS);
   EXPECT_EQ(Zv_ColorResBitmapList(list, 8, 0, nullptr, 0), KSUCCESS);
-  constexpr int depths[] = {24, 4, 16};
-  for (const int depth : depths) {
-    BitmapHandle item;
-    Zv_CreateBitmap(&item, ALLOC_MEMORY, 13, 4, depth, ORDER_BLUE_FIRST, nullptr, VIEW_UPRIGHT);
-    Zv_InsertBitmapListItem(list, 0xFFFFFFFF, &item);
+  BitmapHandle items[3];
+  for (unsigned i = 0; i < 3; ++i) {
+    constexpr int depths[] = {24, 4, 16};
+    Zv_CreateBitmap(&items[i], ALLOC_MEMORY, 13, 4, depths[i], ORDER_BLUE_FIRST, nullptr, VIEW_UPRIGHT);
+    Zv_InsertBitmapListItem(list, i, &items[i]);
   }
-  const auto item = [&](unsigned index) {
-    BitmapHandle bitmap{};
-    Zv_GetBitmapListItem(list, index, &bitmap);
-    return bitmap;
-  };
+  const Snapshot before[] = {Snapshot(items[0]), Snapshot(items[1]), Snapshot(items[2])};
+  EXPECT_EQ(Zv_ColorResBitmapList(list, 9, 0, nullptr, 0), KERR_BAD_BPP);
+  EXPECT_EQ(Zv_ColorResBitmapList(list, 8, 0x30, nullptr, 0), KERR_BAD_PARAMETER);
   {
-    BitmapHandle items[] = {item(0), item(1), item(2)};
-    const Snapshot before[] = {Snapshot(items[0]), Snapshot(items[1]), Snapshot(items[2])};
-    EXPECT_EQ(Zv_ColorResBitmapList(list, 9, 0, nullptr, 0), KERR_BAD_BPP);
-    EXPECT_EQ(Zv_ColorResBitmapList(list, 8, 0x30, nullptr, 0), KERR_BAD_PARAMETER);
     const ProgressLog stop(11, -99);  // in the third item
     EXPECT_EQ(Zv_ColorResBitmapList(list, 4, COLORRES_OPTIMISED_PALETTE, nullptr, 0), -99);
-    for (unsigned i = 0; i < 3; ++i) {
-      items[i] = item(i);
-      EXPECT_TRUE(before[i].unchanged());
-    }
+  }
+  for (unsigned i = 0; i < 3; ++i) {
+    Zv_GetBitmapListItem(list, i, &items[i]);
+    EXPECT_TRUE(before[i].unchanged());
   }
   const ProgressLog log;
   EXPECT_EQ(Zv_ColorResBitmapList(list, 6, 0, nullptr, 0), KSUCCESS);
-  for (unsigned i = 0; i < 3; ++i) EXPECT_EQ(item(i).BitsPerPixel, 6);
-  // One whose palette fits keeps it.
-  EXPECT_EQ(Zv_CompareHandleToPalette(item(1).Palette, Zv_IntGetFixedPalette(4), 16), 1);
   EXPECT_EQ(log.percents, (std::vector<int>{0, 8, 16, 25, 33, 41, 50, 58, 66, 75, 83, 91, 100}));
+  for (unsigned i = 0; i < 3; ++i) {
+    Zv_GetBitmapListItem(list, i, &items[i]);
+    EXPECT_EQ(items[i].BitsPerPixel, 6);
+  }
+  // One whose palette fits keeps it.
+  EXPECT_EQ(Zv_CompareHandleToPalette(items[1].Palette, Zv_IntGetFixedPalette(4), 16), 1);
   Zv_InsertBitmapListItem(list, 1, nullptr);
   EXPECT_EQ(Zv_ColorResBitmapList(list, 8, 0, nullptr, 0), KERR_BAD_BITMAP);
-  EXPECT_EQ(item(0).BitsPerPixel, 6);
+  EXPECT_EQ(items[0].BitsPerPixel, 6);
   EXPECT_EQ(Zv_DestroyBitmapList(list), KSUCCESS);
 }
 

@@ -52,11 +52,12 @@ TEST(FindPaletteIndex, AgreesWithTheModel) {
     if (seed % 5 == 0) palette.front() = palette.back() = seed % 2 == 0 ? quad(0, 0, 0) : quad(255, 255, 255);
     std::vector<unsigned> expected;
     // Many colours fill what the searches remember.
-    const size_t pixels = seed % 40 == 0 ? 16000 : 100;
+    const size_t pixels = seed % 60 == 0 ? 60000 : 100;
     std::vector<uint8_t> row(pixels * 3);
     for (size_t i = 0; i < pixels; ++i) {
       const unsigned offset = random() % 3 * step / 2;
       Color c = {std::min(255u, channel() + offset), std::min(255u, channel() + offset), channel()};
+      if (i >= 100) c = {random() & 255, random() & 255, random() & 255};
       if (i < 2) c = i == 0 ? Color{0, 0, 0} : Color{255, 255, 255};
       // High bits of a channel are not looked at.
       const auto count = static_cast<unsigned>(palette.size());

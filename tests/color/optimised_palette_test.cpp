@@ -146,22 +146,4 @@ TEST(OptimisedPalette, AgreesWithTheModel) {
   }
 }
 
-TEST(OptimisedPalette, SmallPalettesAreKeptSorted) {
-  std::mt19937 random(243);
-  TestBitmap source(40, 9, 4);
-  fillWithNoise(source, random);
-  Palette expected = noisePalette(16, random);
-  setPalette(source, expected);
-  std::sort(expected.begin(), expected.end(), [](auto& a, auto& b) { return colorOf(a) < colorOf(b); });
-  for (const unsigned count : {16u, 200u}) {
-    TestBitmap result;
-    ASSERT_EQ(Zv_ColorResBitmap(&source, &result, 8, COLORRES_OPTIMISED_PALETTE | COLORRES_NEAREST, nullptr, count),
-              KSUCCESS);
-    for (size_t i = 0; i < 256; ++i) {
-      EXPECT_EQ(colorOf(entriesOf(result.Palette)[i]), i < 16 ? colorOf(expected[i]) : Color{}) << i;
-    }
-    EXPECT_EQ(colorsOf(result), colorsOf(source));
-  }
-}
-
 }  // namespace
