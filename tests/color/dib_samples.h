@@ -40,22 +40,15 @@ void put(Bytes& bytes, T value) {
 }
 
 inline Bytes dibHeader(const DibSpec& layout) {
+  const auto planes = static_cast<WORD>(layout.planes), bits = static_cast<WORD>(layout.bits);
   Bytes bytes;
-  put(bytes, layout.headerBytes);
-  if (layout.headerBytes == 12) {
-    for (const int value : {layout.width, layout.height, static_cast<int>(layout.planes), layout.bits}) {
-      put(bytes, static_cast<uint16_t>(value));
-    }
+  if (layout.headerBytes == sizeof(BITMAPCOREHEADER)) {
+    put(bytes, BITMAPCOREHEADER{layout.headerBytes, static_cast<WORD>(layout.width), static_cast<WORD>(layout.height),
+                                planes, bits});
     return bytes;
   }
-  put(bytes, layout.width);
-  put(bytes, layout.height);
-  put(bytes, static_cast<uint16_t>(layout.planes));
-  put(bytes, static_cast<uint16_t>(layout.bits));
-  for (const unsigned value : {layout.compression, 0u, static_cast<unsigned>(layout.xPixelsPerMetre),
-                               static_cast<unsigned>(layout.yPixelsPerMetre), layout.colorsUsed, 0u}) {
-    put(bytes, value);
-  }
+  put(bytes, BITMAPINFOHEADER{layout.headerBytes, layout.width, layout.height, planes, bits, layout.compression, 0,
+                              layout.xPixelsPerMetre, layout.yPixelsPerMetre, layout.colorsUsed, 0});
   bytes.resize(layout.headerBytes, 0xEE);
   return bytes;
 }
