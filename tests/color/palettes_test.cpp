@@ -115,23 +115,6 @@ TEST(SystemPalette, ExistsOnPaletteDevicesOnly) {
   EXPECT_EQ(Zv_GetPaletteSize(palette.get()), device ? size : 0);
 }
 
-TEST(CreateBitmap, GetsItsPalette) {
-  std::mt19937 random(212);
-  const Palette given = noisePalette(256, random), ramp = grayPalette(256);
-  for (const int bits : {0, 1, 2, 3, 4, 5, 6, 7, 8, 16, 24, 32}) {
-    TestBitmap fixed(5, 5, bits), bitmap;
-    ASSERT_EQ(Zv_CreateBitmap(&bitmap, ALLOC_MEMORY, 5, 5, bits, bits == 0 ? 1 : 0, given.data(), VIEW_UPRIGHT),
-              KSUCCESS);
-    const unsigned count = bits > 8 ? 0 : bits == 0 ? 256 : 1u << bits;
-    EXPECT_EQ(Zv_GetPaletteSize(bitmap.Palette), count);
-    EXPECT_EQ(bitmap.BitsPerPixel, bits == 0 ? 8 : bits);
-    EXPECT_EQ(bitmap.ColorOrder, ORDER_RED_FIRST);
-    const RGBQUAD* own = bits == 0 ? ramp.data() : Zv_IntGetFixedPalette(bits);
-    EXPECT_EQ(Zv_CompareHandleToPalette(bitmap.Palette, bits == 0 ? own : given.data(), count), 1);
-    EXPECT_EQ(Zv_CompareHandleToPalette(fixed.Palette, own, count), 1);
-  }
-}
-
 TEST(IsGrayScaleBitmap, TellsRampsFromOtherGrays) {
   const struct {
     const char* what;
