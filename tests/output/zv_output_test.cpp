@@ -29,24 +29,30 @@ Picture pictureOfFile(const std::string& path) {
   return picture;
 }
 
+void emptyClipboard() {
+  ASSERT_TRUE(OpenClipboard(nullptr));
+  EmptyClipboard();
+  CloseClipboard();
+}
+
 class ZvOutput : public Zv {
  protected:
-  void SetUp() override {
-    Zv::SetUp();
+  void TearDown() override {
     emptyClipboard();
+    if (owner != nullptr) DestroyWindow(owner);
   }
-  void TearDown() override { emptyClipboard(); }
-
-  static void emptyClipboard() {
-    ASSERT_TRUE(OpenClipboard(nullptr));
-    EmptyClipboard();
-    CloseClipboard();
+  // Puts a bitmap on the clipboard, of which an unseen window is the owner.
+  void copy(BitmapHandle& bitmap) {
+    if (owner == nullptr)
+      owner = CreateWindowExA(0, "STATIC", "", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+    ASSERT_EQ(Zv_CopyToClipboard(owner, &bitmap), 1);
   }
 
-  const ScreenWindow window;
+  HWND owner = nullptr;
 };
 
 TEST_F(ZvOutput, ComplainsAboutWhatCannotBePutOut) {
+  emptyClipboard();
   const struct {
     const char* arguments;
     DWORD exitCode;
@@ -100,7 +106,7 @@ TEST_F(ZvOutput, PastesFromOtherPrograms) {
   makeSeen(bitmap, samplePicture(), 24, VIEW_TURNED_90);
   const RECT half = {0, 0, bitmap.Width, bitmap.Height / 2};  // stored rows are the picture's columns
   ASSERT_EQ(Zv_SetBitmapRgnRect(&bitmap, nullptr, &half, CombineSet), KSUCCESS);
-  ASSERT_EQ(Zv_CopyToClipboard(window.handle(), &bitmap), 1);
+  copy(bitmap);
   EXPECT_EQ(run("paste out.bmp --write-mask mask.bmp").output, "");
   EXPECT_EQ(pictureOfFile(file("out.bmp")), samplePicture());
   Picture expected = seenRegionOf(bitmap);
@@ -109,6 +115,7 @@ TEST_F(ZvOutput, PastesFromOtherPrograms) {
 }
 
 TEST_F(ZvOutput, CapturesTheScreen) {
+  const ScreenWindow window;
   Picture expected(30, 20), captured;
   std::fill(expected.pixels.begin(), expected.pixels.end(), 0xFFFFFF);
   POINT corner = {10, 15};
@@ -158,7 +165,7 @@ TEST_F(ZvOutput, TheUnixSystemReadsWhatIsCopied) {
       SCOPED_TRACE(testing::Message() << bits << " bits, perspective " << perspective);
       TestBitmap bitmap;
       makeSeen(bitmap, picture, bits, perspective);
-      ASSERT_EQ(Zv_CopyToClipboard(window.handle(), &bitmap), 1);
+      copy(bitmap);
       const ShellResult read = shell("timeout 20 xclip -selection clipboard -t image/bmp -o");
       ASSERT_EQ(read.exitCode, 0) << read.output;
       std::ofstream(file("read.bmp"), std::ios::binary) << read.output;
