@@ -45,17 +45,10 @@ bool unpackStorage(BitmapHandle& bitmap) {
   return true;
 }
 
-// Rows that run along the picture's columns are stored anew, bottom-up: aside, because a change in place that fails
-// half-way leaves the picture mirrored.
+// Rows that run along the picture's columns are stored anew, bottom-up.
 bool unturn(BitmapHandle& bitmap) {
-  if (!isRotated(bitmap.ViewPerspective)) return true;
-  OwnedBitmap unturned;
-  if (Zv_ChangeBitmapViewPerspective(unturned.get(), &bitmap, VIEW_BOTTOM_UP) != KSUCCESS) return false;
-  // A copy does not inherit these.
-  unturned->DitheringMethod = bitmap.DitheringMethod;
-  unturned->Reserved1 = bitmap.Reserved1;
-  unturned.moveInto(bitmap);
-  return true;
+  return !isRotated(bitmap.ViewPerspective) ||
+         Zv_ChangeBitmapViewPerspective(nullptr, &bitmap, VIEW_BOTTOM_UP) == KSUCCESS;
 }
 
 // Selects the bitmap's pixels into a memory device context.
