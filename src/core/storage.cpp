@@ -133,7 +133,7 @@ class TemporaryFile {
   }
 
   bool create() {
-    char name[tempNameBytes] = {};
+    char name[tempNameBytes];
     Zv_OsGetTempName(name);
     path_ = OsBlock<char>::allocate(strlen(name) + 1);
     if (!path_) {
@@ -236,7 +236,8 @@ bool hasRunHeap(const BitmapHandle* bitmap) {
 }
 
 bool canBeLocked(const BitmapHandle* bitmap) {
-  return bitmap != nullptr && isLegacyHost() && (bitmap->Flags & (BMF_MEMORY | BMF_RUNLENGTH)) == BMF_MEMORY;
+  constexpr unsigned asked = BMF_ALLOCATED | BMF_MEMORY | BMF_RUNLENGTH;
+  return bitmap != nullptr && isLegacyHost() && (bitmap->Flags & asked) == (BMF_ALLOCATED | BMF_MEMORY);
 }
 
 bool isLocked(const BitmapHandle& bitmap) {
@@ -295,9 +296,10 @@ using namespace zavo;
 
 int ZAVO_CALL Zv_AllocateBitmap(BitmapHandle* bitmap, int memoryType) {
   if (bitmap == nullptr) return KERR_BAD_BITMAP;
+  // Storage the record has is lost, so that a failure must not leave the record claiming it, perhaps as another kind.
+  // One described like a run-length bitmap carries that flag before it has storage, perhaps at another depth.
+  bitmap->Flags &= ~static_cast<unsigned>(BMF_ALLOCATED | BMF_RUNLENGTH);
   if (bitmap->DataSize == 0) return KERR_EMPTY;
-  // A record described like a run-length bitmap carries the flag before it has storage, perhaps at another depth.
-  bitmap->Flags &= ~static_cast<unsigned>(BMF_RUNLENGTH);
   if ((memoryType & ALLOC_RUNLENGTH) != 0) {
     if (bitmap->BitsPerPixel == 1) {
       bitmap->Flags |= BMF_RUNLENGTH;

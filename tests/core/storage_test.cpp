@@ -59,6 +59,12 @@ TEST(AllocateBitmap, MemoryTypeDepthAndSizeDecide) {
     EXPECT_EQ(std::count(bytes.begin(), bytes.end(), 0), static_cast<int>(bytes.size()));
   }
   EXPECT_EQ(Zv_AllocateBitmap(nullptr, ALLOC_MEMORY), KERR_BAD_BITMAP);
+  BitmapHandle bitmap;
+  EXPECT_EQ(Zv_CreateBitmap(&bitmap, runLength, 10, 10, 1, 0, nullptr, 1), KSUCCESS);
+  BitmapHandle before = bitmap;
+  EXPECT_EQ(Zv_AllocateBitmap(&bitmap, 2), KERR_BAD_PARAMETER);
+  EXPECT_EQ(bitmap.Flags & BMF_ALLOCATED, 0u) << "storage it had is no longer its own";
+  Zv_FreeBitmap(&before);
 }
 
 TEST(ChangeBitmapHeight, KeepsRowsAndAddsZeros) {

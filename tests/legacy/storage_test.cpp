@@ -77,6 +77,12 @@ TEST_F(LegacyHost, LocksNest) {
   Zv_AccessBitmap(&bitmap);
   Zv_ReleaseBitmap(&bitmap);
   EXPECT_EQ(bitmap.Data, nullptr);
+  // A freed run-length bitmap is still marked as being in memory.
+  TestBitmap freed(10, 7, 1, ALLOC_RUNLENGTH);
+  Zv_FreeBitmap(&freed);
+  freed.StorageHandle = bitmap.StorageHandle;
+  EXPECT_EQ(Zv_LockBitmap(&freed), 0);
+  EXPECT_EQ(freed.Flags & stateFlags, BMF_MEMORY);
   Zv_LockBitmap(&bitmap);  // freeing unlocks
 }
 
