@@ -105,8 +105,10 @@ int ZAVO_CALL Zv_OsDelete(const char* name) {
 }
 
 int ZAVO_CALL Zv_OsGetTempName(char* buffer) {
+  if (buffer == nullptr) return 0;
   char folder[260];
-  GetTempPathA(sizeof folder, folder);
-  GetTempFileNameA(folder, "zv", 0, buffer);
+  const DWORD length = GetTempPathA(sizeof folder, folder);
+  const bool hasFolder = length > 0 && length < sizeof folder;
+  if (!hasFolder || GetTempFileNameA(folder, "zv", 0, buffer) == 0) buffer[0] = '\0';
   return 0;
 }

@@ -89,6 +89,10 @@ TEST(OsFiles, ReadWriteAndSeek) {
   EXPECT_EQ(Zv_OsDelete(name), 0);
   EXPECT_EQ(Zv_OsDelete(name), -1);
   EXPECT_EQ(Zv_OsOpen(name, 0, 0x180), -1);
+
+  const Replacement<"GetTempPathA", decltype(&GetTempPathA)> noFolder([](DWORD, LPSTR) { return 0u; });
+  EXPECT_EQ(Zv_OsGetTempName(name), 0);
+  EXPECT_STREQ(name, "");
 }
 
 // --- Redirection
