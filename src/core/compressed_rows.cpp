@@ -55,7 +55,7 @@ class PackedRows {
     }
     bits = buffer_;
     const auto bytes = static_cast<unsigned>(packedBytesFor(column % 8 + count, 1));
-    return checked(readRow(bitmap_, buffer_, row, column, bytes), bytes);
+    return transferStatus(readRow(bitmap_, buffer_, row, column, bytes), bytes, shortTransfer);
   }
 
   // Decodes `count` pixels and stores them as whole bytes, at the byte that holds `column`.
@@ -66,15 +66,12 @@ class PackedRows {
     }
     const auto bytes = static_cast<unsigned>(packedBytesFor(count, 1));
     decodeRuns(buffer_, runs, 0, count);
-    return checked(writeRow(bitmap_, buffer_, row, column, bytes), bytes);
+    return transferStatus(writeRow(bitmap_, buffer_, row, column, bytes), bytes, shortTransfer);
   }
 
  private:
   // Callers of these functions know a short transfer, either way, as a failed write.
-  static int checked(int done, unsigned bytes) {
-    if (done == static_cast<int>(bytes)) return KSUCCESS;
-    return done < 0 ? done : KERR_WRITE;
-  }
+  static constexpr int shortTransfer = KERR_WRITE;
 
   BitmapHandle& bitmap_;
   uint8_t* buffer_ = nullptr;

@@ -8,7 +8,6 @@
 #include "core/rows.h"
 #include "core/run_rows.h"
 #include "core/status.h"
-#include "core/storage.h"
 
 namespace zavo {
 namespace {
@@ -50,7 +49,7 @@ struct Merger {
   }
 
   [[nodiscard]] Stretch stretch(unsigned start, unsigned end, unsigned columnOffset) const {
-    return {(uint64_t{start} + columnOffset) * bits, uint64_t{start} * bits, uint64_t{end - start} * bits};
+    return {uint64_t{start + columnOffset} * bits, uint64_t{start} * bits, uint64_t{end - start} * bits};
   }
 
   unsigned bits;
@@ -60,22 +59,12 @@ struct Merger {
 
 // --- Temporary files
 
-int transferred(int done, unsigned bytes, int failure) {
-  return done == static_cast<int>(bytes) ? KSUCCESS : failure;
-}
-
-int seekTo(const BitmapHandle& bitmap, unsigned position) {
-  return Zv_OsSeek(fileHandle(bitmap), static_cast<int>(position), 0) == position ? KSUCCESS : KERR_SEEK;
-}
-
 int readAt(uint8_t* bytes, const BitmapHandle& bitmap, unsigned position, unsigned count) {
-  if (const int status = seekTo(bitmap, position); status != KSUCCESS) return status;
-  return transferred(Zv_OsRead(fileHandle(bitmap), bytes, count), count, KERR_READ);
+  return transferStatus(readFile(bytes, bitmap, position, count), count, KERR_READ);
 }
 
 int writeAt(const BitmapHandle& bitmap, unsigned position, const uint8_t* bytes, unsigned count) {
-  if (const int status = seekTo(bitmap, position); status != KSUCCESS) return status;
-  return transferred(Zv_OsWrite(fileHandle(bitmap), bytes, count), count, KERR_WRITE);
+  return transferStatus(writeFile(bitmap, position, bytes, count), count, KERR_WRITE);
 }
 
 // Merges a stretch into a row that begins at `position` of the file, by chunks. Stored bytes are read only where some

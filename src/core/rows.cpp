@@ -21,6 +21,18 @@ bool seekTo(const BitmapHandle& bitmap, unsigned position) {
 
 }  // namespace
 
+int readFile(uint8_t* bytes, const BitmapHandle& bitmap, unsigned position, unsigned count) {
+  if (!seekTo(bitmap, position)) return KERR_SEEK;
+  const int done = Zv_OsRead(fileHandle(bitmap), bytes, count);
+  return done == -1 ? KERR_READ : done;
+}
+
+int writeFile(const BitmapHandle& bitmap, unsigned position, const uint8_t* bytes, unsigned count) {
+  if (!seekTo(bitmap, position)) return KERR_SEEK;
+  const int done = Zv_OsWrite(fileHandle(bitmap), bytes, count);
+  return done == -1 ? KERR_WRITE : done;
+}
+
 // The handle keeps the last row, so that walking rows in order, either way, costs one addition a row.
 unsigned locateRow(BitmapHandle& bitmap, unsigned row) {
   const unsigned distance = static_cast<unsigned>(bitmap.CachedRow) - row;
@@ -43,10 +55,7 @@ int readRow(BitmapHandle& bitmap, uint8_t* buffer, unsigned row, unsigned column
     memcpy(buffer, bitmap.Data + position, bytes);
     return static_cast<int>(bytes);
   }
-  if ((bitmap.Flags & BMF_DISK) == 0) return KERR_NO_MEMORY;
-  if (!seekTo(bitmap, position)) return KERR_SEEK;
-  const int done = Zv_OsRead(fileHandle(bitmap), buffer, bytes);
-  return done == -1 ? KERR_READ : done;
+  return (bitmap.Flags & BMF_DISK) != 0 ? readFile(buffer, bitmap, position, bytes) : KERR_NO_MEMORY;
 }
 
 int writeRow(BitmapHandle& bitmap, const uint8_t* buffer, unsigned row, unsigned column, unsigned bytes) {
@@ -57,10 +66,7 @@ int writeRow(BitmapHandle& bitmap, const uint8_t* buffer, unsigned row, unsigned
     memcpy(bitmap.Data + position, buffer, bytes);
     return static_cast<int>(bytes);
   }
-  if ((bitmap.Flags & BMF_DISK) == 0) return KERR_NO_MEMORY;
-  if (!seekTo(bitmap, position)) return KERR_SEEK;
-  const int done = Zv_OsWrite(fileHandle(bitmap), buffer, bytes);
-  return done == -1 ? KERR_WRITE : done;
+  return (bitmap.Flags & BMF_DISK) != 0 ? writeFile(bitmap, position, buffer, bytes) : KERR_NO_MEMORY;
 }
 
 int RowReader::open() {
@@ -71,9 +77,8 @@ int RowReader::open() {
 
 const uint8_t* RowReader::fetch(unsigned index) {
   const int done = readRow(bitmap_, buffer_.get(), index, 0, bitmap_.BytesPerLine);
-  if (done == static_cast<int>(bitmap_.BytesPerLine)) return buffer_.get();
-  status_ = done < 0 ? done : KERR_READ;
-  return nullptr;
+  status_ = transferStatus(done, bitmap_.BytesPerLine, KERR_READ);
+  return status_ == KSUCCESS ? buffer_.get() : nullptr;
 }
 
 int RowWriter::open() {
@@ -86,15 +91,13 @@ uint8_t* RowWriter::edit(unsigned index) {
   uint8_t* bits = row(index);
   if (direct_) return bits;
   const int done = readRow(bitmap_, bits, index, 0, bitmap_.BytesPerLine);
-  if (done == static_cast<int>(bitmap_.BytesPerLine)) return bits;
-  status_ = done < 0 ? done : KERR_READ;
-  return nullptr;
+  status_ = transferStatus(done, bitmap_.BytesPerLine, KERR_READ);
+  return status_ == KSUCCESS ? bits : nullptr;
 }
 
 int RowWriter::store(unsigned index) {
   const int done = writeRow(bitmap_, buffer_.get(), index, 0, bitmap_.BytesPerLine);
-  if (done == static_cast<int>(bitmap_.BytesPerLine)) return KSUCCESS;
-  return done < 0 ? done : KERR_WRITE;
+  return transferStatus(done, bitmap_.BytesPerLine, KERR_WRITE);
 }
 
 }  // namespace zavo

@@ -90,6 +90,16 @@ class RowWriter {
   OsBlock<uint8_t> buffer_;
 };
 
+// Moves bytes at a position of a temporary file. The count, which may be short, or a negative code.
+int readFile(uint8_t* bytes, const BitmapHandle& bitmap, unsigned position, unsigned count);
+int writeFile(const BitmapHandle& bitmap, unsigned position, const uint8_t* bytes, unsigned count);
+
+// What became of a transfer of `count` bytes that gave `done`: KSUCCESS, its negative code, or `shortTransfer`.
+[[nodiscard]] inline int transferStatus(int done, unsigned count, int shortTransfer) {
+  if (done == static_cast<int>(count)) return KSUCCESS;
+  return done < 0 ? done : shortTransfer;
+}
+
 // Byte offset of a stored row, kept in the handle so that walking rows in order costs an addition a row.
 unsigned locateRow(BitmapHandle& bitmap, unsigned row);
 
