@@ -113,14 +113,12 @@ int putRunRowSegments(BitmapHandle& bitmap, const uint8_t* bits, unsigned row, u
   unsigned done = 0;
   for (unsigned i = 0; i + 1 < count; i += 2) {
     // A list out of order or beyond the row must not overrun the scratch buffer.
-    const uint64_t start = std::max<uint64_t>(uint64_t{segments[i]} + columnOffset, done);
-    const uint64_t end = std::min<uint64_t>(uint64_t{segments[i + 1]} + columnOffset, width);
+    const unsigned start = std::max(segments[i] + columnOffset, done);
+    const unsigned end = std::min(segments[i + 1] + columnOffset, width);
     if (start >= end) continue;
-    const auto column = static_cast<unsigned>(start);
-    const auto pixels = static_cast<unsigned>(end - start);
-    builder.addRuns(stored, done, column - done);
-    builder.addBits(bits, column - columnOffset, pixels);
-    done = column + pixels;
+    builder.addRuns(stored, done, start - done);
+    builder.addBits(bits, start - columnOffset, end - start);
+    done = end;
   }
   if (done == 0) {
     bitmap.DataSize = rowTable(bitmap).heap->totalBytes;

@@ -97,10 +97,11 @@ void checkSegments(int memoryType) {
         const bool keepAlpha = round % 2 == 0;
         const unsigned row = random() % 3;
         // Every start within a byte comes up, and places that differ from the source's by no whole byte.
-        const unsigned columnOffset = round % 4 < 2 ? 0 : random() % columns;
+        const unsigned columnOffset = round % 4 < 2 ? 0 : random() % (2 * columns) - columns;  // either way
         std::vector<unsigned> segments;
-        for (unsigned column = random() % 4; column + columnOffset < columns; column += random() % 12) {
-          const unsigned room = columns - columnOffset - column;
+        for (unsigned column = random() % 4 + (columnOffset > columns ? 0 - columnOffset : 0);
+             std::max(column, column + columnOffset) < columns; column += random() % 12) {
+          const unsigned room = columns - std::max(column, column + columnOffset);
           const unsigned count = std::min<unsigned>(room, 1 + random() % (round % 3 == 0 ? 2000 : 20));
           if (random() % 8 == 0) segments.insert(segments.end(), {column + 1, column});
           segments.insert(segments.end(), {column, column + count});
