@@ -237,9 +237,9 @@ ZAVO_API int ZAVO_CALL Zv_VersionInfo(VersionRecord* record);
  * Storage the handle already has is not looked at and is lost.
  * @param bitmap      a record filled by Zv_InitBitmap
  * @param memoryType  an ALLOC_ value, with or without ALLOC_RUNLENGTH
- * @return KSUCCESS; KERR_BAD_BITMAP for null; KERR_EMPTY for a bitmap without pixels; KERR_BAD_PARAMETER for another
- *         memory type; KERR_NO_MEMORY when storage cannot be had, a side is negative or the size does not fit in
- *         32 bits; KERR_WRITE when a temporary file's space cannot be claimed. On failure nothing is left behind.
+ * @return KSUCCESS; KERR_BAD_BITMAP for null; KERR_EMPTY for a DataSize of 0; KERR_BAD_PARAMETER for another memory
+ *         type; KERR_NO_MEMORY when storage cannot be had, a side is negative or the size does not fit in 32 bits;
+ *         KERR_WRITE when a temporary file's space cannot be claimed. After a failure the bitmap has no storage.
  */
 ZAVO_API int ZAVO_CALL Zv_AllocateBitmap(BitmapHandle* bitmap, int memoryType);
 
@@ -260,8 +260,8 @@ ZAVO_API int ZAVO_CALL Zv_LockBitmap(BitmapHandle* bitmap);
 ZAVO_API void ZAVO_CALL Zv_UnlockBitmap(BitmapHandle* bitmap, int wasLocked);
 
 /**
- * Cuts rows off the end of the stored image, or adds rows of zeros to it. The region is cut too; new rows are not in
- * it.
+ * Cuts rows off the end of the stored image, or adds rows of zeros to it (of anything in global memory, on legacy
+ * hosts). The region is cut too; new rows are not in it.
  * @param bitmap     an allocated bitmap that is not locked
  * @param newHeight  the new number of rows, at least 1
  * @return KSUCCESS; KERR_BAD_BITMAP; KERR_BAD_PARAMETER for a locked bitmap; KERR_NO_MEMORY when storage cannot be
@@ -321,8 +321,8 @@ ZAVO_API int ZAVO_CALL Zv_GetBitmapRowCol(BitmapHandle* bitmap, unsigned char* b
  * @param bytes   byte count
  * @return the bytes written (on run-length storage fewer when the rows end); KERR_BAD_BITMAP for null;
  *         KERR_BAD_PARAMETER for a null buffer and, on run-length storage, for a row beyond the last; KERR_NO_MEMORY
- * for a bitmap without storage or when a run heap cannot hold the row, which is then unchanged; KERR_SEEK, KERR_WRITE
- * from a temporary file
+ *         for a bitmap without storage or when a run heap cannot hold the row, which is then unchanged; KERR_SEEK,
+ *         KERR_WRITE from a temporary file
  */
 ZAVO_API int ZAVO_CALL Zv_PutBitmapRow(BitmapHandle* bitmap, const unsigned char* buffer, unsigned row, unsigned bytes);
 
@@ -338,8 +338,8 @@ ZAVO_API int ZAVO_CALL Zv_PutBitmapRowCol(BitmapHandle* bitmap, const unsigned c
  * @param bitmap        the bitmap
  * @param buffer        pixels in the bitmap's layout, from column 0 on, up to the last segment's end
  * @param row           stored row, 0 to Height - 1
- * @param columnOffset  added to a segment's columns for the place in the bitmap; `buffer` is read at the columns
- *                      themselves
+ * @param columnOffset  added to a segment's columns for the place in the bitmap, by sums that wrap; `buffer` is
+ *                      read at the columns themselves
  * @param segments      column numbers in pairs of start and end, the end exclusive, in increasing order
  * @param count         column numbers in the list, twice the number of segments; may be 0
  * @param keepAlpha     not 0: the alpha of stored pixels of 16 and 32 bits is kept
@@ -386,8 +386,9 @@ ZAVO_API int ZAVO_CALL Zv_RectToBitmap(BitmapHandle* bitmap, int perspective, RE
  * @param source       the bitmap, untouched when there is a separate destination
  * @param perspective  the VIEW_ value wanted
  * @return KSUCCESS, at once when the bitmap has that perspective; KERR_BAD_PARAMETER for a source that is null or
- *         unallocated; KERR_NO_MEMORY; a row's code. A destination owns nothing after a failure. A bottom-up bitmap
- * whose turn fails after its flip is left flipped, with perspective 0: it shows the same picture.
+ *         unallocated; KERR_NO_MEMORY; a row's code. A destination owns nothing after a failure. A change in place
+ *         that takes a flip and a turn, and fails at the second, leaves the bitmap upright, with perspective 0: it
+ *         shows the same picture.
  */
 ZAVO_API int ZAVO_CALL Zv_ChangeBitmapViewPerspective(BitmapHandle* destination, BitmapHandle* source, int perspective);
 
@@ -708,7 +709,11 @@ ZAVO_API unsigned ZAVO_CALL Zv_OsSeek(int file, int offset, int origin);
 ZAVO_API int ZAVO_CALL Zv_OsClose(int file);
 /** Deletes a file. @return 0, or -1 */
 ZAVO_API int ZAVO_CALL Zv_OsDelete(const char* name);
-/** Creates an empty temporary file and puts its path into `buffer`, of at least 260 bytes. @return 0 always */
+/**
+ * Creates an empty temporary file and puts its path into `buffer`, of at least 260 bytes; an empty text when there can
+ * be none.
+ * @return 0 always
+ */
 ZAVO_API int ZAVO_CALL Zv_OsGetTempName(char* buffer);
 
 /**
