@@ -150,22 +150,17 @@ int fillFromArea(BitmapHandle& target, BitmapHandle& source, const SharedArea& a
   return KSUCCESS;
 }
 
-// A duplicate of the rectangle's size with the region moved along, its pixels not yet copied.
+// A duplicate of the rectangle's size with the region moved along, its pixels not yet copied. On failure the caller
+// frees what there is of it.
 int duplicateForRect(BitmapHandle& work, BitmapHandle& source, int left, int top, unsigned width, unsigned height) {
-  constexpr unsigned flags = DUP_STORAGE | DUP_PALETTE;
   if (width > INT_MAX || height > INT_MAX) return KERR_NO_MEMORY;
-  const int status =
-      duplicateBitmap(work, source, static_cast<int>(width), static_cast<int>(height), source.BitsPerPixel, flags);
+  const int status = duplicateBitmap(work, source, static_cast<int>(width), static_cast<int>(height),
+                                     source.BitsPerPixel, DUP_STORAGE | DUP_PALETTE);
   if (status != KSUCCESS) return status;
   // Moving by the negative of the lowest integer moves everything out, as one less does.
   const int rowOffset = -std::max(top, -INT_MAX);
   const int columnOffset = -std::max(left, -INT_MAX);
-  const int regionStatus = copyRegion(work, source, rowOffset, columnOffset);
-  if (regionStatus != KSUCCESS) {
-    work.Region = nullptr;
-    Zv_FreeBitmap(&work);
-  }
-  return regionStatus;
+  return copyRegion(work, source, rowOffset, columnOffset);
 }
 
 // Leaves `work` without storage when the rectangle lies outside the bitmap; that is a success.

@@ -1,4 +1,4 @@
-// Progress reports of the long operations, in the two ways of counting the system knows.
+// Progress reports of the long operations.
 #pragma once
 
 #include <zavo.h>
