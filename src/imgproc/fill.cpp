@@ -31,9 +31,7 @@ void fillDirectRows(BitmapHandle& bitmap, const uint8_t* pixels) {
 }
 
 int fillWholeRow(BitmapHandle& bitmap, const uint8_t* pixels, unsigned row) {
-  const int done = writeRow(bitmap, pixels, row, 0, bitmap.BytesPerLine);
-  if (done == static_cast<int>(bitmap.BytesPerLine)) return KSUCCESS;
-  return done < 0 ? done : KERR_WRITE;
+  return transferStatus(writeRow(bitmap, pixels, row, 0, bitmap.BytesPerLine), bitmap.BytesPerLine, KERR_WRITE);
 }
 
 int fillSegments(BitmapHandle& bitmap, const uint8_t* pixels, unsigned row, Segments segments) {
