@@ -5,30 +5,22 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/division.h"
 #include "core/packed_pixels.h"
 
 namespace zavo {
 namespace {
-
-constexpr int64_t floorDivide(int64_t value, int64_t by) {
-  const int64_t quotient = value / by;
-  return (value % by != 0 && (value < 0) != (by < 0)) ? quotient - 1 : quotient;
-}
-
-constexpr int64_t ceilDivide(int64_t value, int64_t by) {
-  return -floorDivide(-value, by);
-}
 
 // Narrows a range to the steps at which 0 <= start + k * step < end.
 void narrow(int64_t& first, int64_t& last, int64_t start, int64_t step, int64_t end) {
   if (step == 0) {
     if (start < 0 || start >= end) last = first;
   } else if (step > 0) {
-    first = std::max(first, ceilDivide(-start, step));
-    last = std::min(last, ceilDivide(end - start, step));
+    first = std::max(first, dividedUp(-start, step));
+    last = std::min(last, dividedUp(end - start, step));
   } else {
-    first = std::max(first, floorDivide(end - start, step) + 1);
-    last = std::min(last, floorDivide(-start, step) + 1);
+    first = std::max(first, dividedDown(end - start, step) + 1);
+    last = std::min(last, dividedDown(-start, step) + 1);
   }
 }
 

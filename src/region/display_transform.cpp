@@ -4,19 +4,11 @@
 #include <algorithm>
 #include <climits>
 
+#include "core/division.h"
 #include "region/region_transform.h"
 
 namespace zavo {
 namespace {
-
-int64_t dividedDown(int64_t value, int64_t divisor) {
-  const int64_t quotient = value / divisor;
-  return value % divisor != 0 && (value < 0) != (divisor < 0) ? quotient - 1 : quotient;
-}
-
-int64_t dividedUp(int64_t value, int64_t divisor) {
-  return -dividedDown(-value, divisor);
-}
 
 LONG nearestLong(int64_t value) {
   return static_cast<LONG>(std::clamp<int64_t>(value, LONG_MIN, LONG_MAX));

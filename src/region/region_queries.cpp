@@ -7,7 +7,9 @@
 #include "region/display_transform.h"
 
 namespace zavo {
+namespace {
 
+// The pixel is in the region, or in the bitmap when it has none.
 bool isInClip(const BitmapHandle& bitmap, int row, int column) {
   if (bitmap.Region == nullptr) return row >= 0 && row < bitmap.Height && column >= 0 && column < bitmap.Width;
   const Segments segments = regionRow(*bitmap.Region, row);
@@ -15,6 +17,7 @@ bool isInClip(const BitmapHandle& bitmap, int row, int column) {
   return ((std::upper_bound(segments.begin(), segments.end(), column) - segments.begin()) & 1) != 0;
 }
 
+// Most values that a row's segments can have.
 unsigned maxClipSegments(const BitmapHandle& bitmap) {
   if (bitmap.Region == nullptr) return 2;
   const RECT& bounds = bitmap.Region->bounds;
@@ -22,6 +25,7 @@ unsigned maxClipSegments(const BitmapHandle& bitmap) {
   return most < 1 ? 0 : static_cast<unsigned>(most);
 }
 
+}  // namespace
 }  // namespace zavo
 
 using namespace zavo;

@@ -29,10 +29,4 @@ class ClipSegments {
   int whole_[2];
 };
 
-// The pixel is in the region, or in the bitmap when it has none.
-[[nodiscard]] bool isInClip(const BitmapHandle& bitmap, int row, int column);
-
-// Most values that a row's segments can have.
-[[nodiscard]] unsigned maxClipSegments(const BitmapHandle& bitmap);
-
 }  // namespace zavo
