@@ -51,11 +51,7 @@ ProgressDialog* shownDialog = nullptr;  // NOLINT(cppcoreguidelines-avoid-non-co
 
 class ProgressDialog {
  public:
-  ProgressDialog(HWND owner, const std::wstring& name)
-      : owner_(owner),
-        window_(CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_PRINTING), owner, procedure,
-                                   reinterpret_cast<LPARAM>(this))) {
-    EnableWindow(owner_, FALSE);
+  ProgressDialog(HWND owner, const std::wstring& name) : owner_(owner), window_(open()) {
     SetDlgItemTextW(window_, IDC_PRINT_TEXT, name.c_str());
     shownDialog = this;
     Zv_SetStatusCallBack(report);
@@ -72,6 +68,13 @@ class ProgressDialog {
   [[nodiscard]] bool cancelled() const { return cancelled_; }
 
  private:
+  // The owner is disabled before the dialog can be seen, and enabled again before it goes.
+  HWND open() {
+    EnableWindow(owner_, FALSE);
+    return CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_PRINTING), owner_, procedure,
+                              reinterpret_cast<LPARAM>(this));
+  }
+
   static INT_PTR CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_INITDIALOG) SetWindowLongPtrW(window, DWLP_USER, lParam);
     if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL)

@@ -35,7 +35,7 @@ bool takeRows(DitherRun& run, bool diffusion) {
   const uint64_t pixelBytes = (width * lanes + 3) / 4 * 4;
   const uint64_t indexBytes = (width + 3) / 4 * 4;
   const uint64_t sumBytes = diffusion ? width * lanes * sizeof(int32_t) : 0;  // for the longest
-  const uint64_t errorBytes = diffusion ? (uint64_t{width} + 2 * ErrorRows::margin) * lanes * sizeof(int16_t) : 0;
+  const uint64_t errorBytes = diffusion ? (width + uint64_t{2} * ErrorRows::margin) * lanes * sizeof(int16_t) : 0;
   auto block = OsBlock<uint8_t>::allocateZeroed(pixelBytes + indexBytes + sumBytes + ErrorRows::count * errorBytes);
   if (!block) return false;
 

@@ -97,7 +97,7 @@ int shearPixels(BitmapHandle& sheared, BitmapHandle& source, int angle, const Sh
     uint8_t* to = pass.writer.row(y);
     memcpy(to, background.get(), sheared.BytesPerLine);
     const auto offset = static_cast<unsigned>(plan.mirrored ? room - shift.current() : shift.current());
-    copyBits(to, offset * bits, from, 0, static_cast<unsigned>(source.Width) * bits);
+    copyBits(to, uint64_t{offset} * bits, from, 0, uint64_t{static_cast<unsigned>(source.Width)} * bits);
     if (const int status = pass.writer.commit(y); status != KSUCCESS) return status;
     if (const int status = progress.step(); status != KSUCCESS) return status;
   }
