@@ -15,8 +15,10 @@ Pixel parse(uint32_t pixel, const Format& format) {
   if (format.depth == 0) return {{pixel, pixel, pixel}, 0, pixel};
   if (format.depth <= 8) return {colorOf(format.colors()[pixel]), 0, pixel};
   const auto byte = [&](unsigned k) { return pixel >> (format.bits() - 8 * (k + 1)) & 255; };
-  Pixel result = {{byte(2), byte(1), byte(0)}, format.depth == 32 ? byte(3) : 0};
-  if (format.depth == 16) {
+  Pixel result;
+  if (format.depth > 16) {
+    result = {{byte(2), byte(1), byte(0)}, format.depth == 32 ? byte(3) : 0};
+  } else {
     const unsigned word = byte(0) | byte(1) << 8;
     const auto wide = [](unsigned c) { return (c & 31) << 3 | (c & 31) >> 2; };
     result = {{wide(word >> 10), wide(word >> 5), wide(word)}, word >> 15 != 0 ? 255u : 0};
