@@ -8,6 +8,7 @@
 #include "color/dib_layout.h"
 #include "color/palettes.h"
 #include "core/owners.h"
+#include "core/perspective.h"
 #include "core/row_padding.h"
 #include "core/rows.h"
 
@@ -22,10 +23,6 @@ struct DibStyle {
 
 constexpr DibStyle convertStyle = {false, false};
 constexpr DibStyle changeStyle = {true, true};
-
-bool isRotated(int viewPerspective) {
-  return viewPerspective == VIEW_TURNED_90 || viewPerspective == VIEW_TURNED_270;
-}
 
 DibHeader headerOf(const BitmapHandle& bitmap, DibStyle style) {
   DibHeader header{};
@@ -52,7 +49,7 @@ int writeRows(uint8_t* dibRows, BitmapHandle& bitmap, const DibHeader& header, c
     return status;
   }
   const bool copies = converter.changesNothing() && rowBytes == bitmap.BytesPerLine;
-  const bool bottomUp = bitmap.ViewPerspective == VIEW_BOTTOM_UP;
+  const bool bottomUp = isFlipped(bitmap.ViewPerspective);
   const auto width = static_cast<unsigned>(bitmap.Width);
 
   const BitmapLock lock(bitmap);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/perspective.h"
 #include "core/progress.h"
 #include "core/row_padding.h"
 #include "core/rows.h"
@@ -100,7 +101,7 @@ class BoxRow {
 
 // Stored row of a row counted from the top of a bottom-up picture, else from the first stored row.
 unsigned storedRow(const BitmapHandle& bitmap, unsigned row) {
-  return bitmap.ViewPerspective == VIEW_BOTTOM_UP ? static_cast<unsigned>(bitmap.Height) - 1 - row : row;
+  return isFlipped(bitmap.ViewPerspective) ? static_cast<unsigned>(bitmap.Height) - 1 - row : row;
 }
 
 }  // namespace

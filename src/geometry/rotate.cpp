@@ -10,6 +10,7 @@
 #include "core/duplicate.h"
 #include "core/owners.h"
 #include "core/packed_pixels.h"
+#include "core/perspective.h"
 #include "core/rows.h"
 #include "core/status.h"
 #include "geometry/image_rows.h"
@@ -208,7 +209,7 @@ int ZAVO_CALL Zv_RotateBitmapFine(BitmapHandle* bitmap, int angle, unsigned flag
   if (!isAllocated(bitmap)) return KERR_BAD_BITMAP;
   // Bottom-up rows turn the other way for the same seen turn.
   const int stored = normalizedAngle(angle);
-  return rotateStored(*bitmap, bitmap->ViewPerspective == VIEW_BOTTOM_UP ? -stored : stored, flags, fill);
+  return rotateStored(*bitmap, isFlipped(bitmap->ViewPerspective) ? -stored : stored, flags, fill);
 }
 
 int ZAVO_CALL Zv_RotateBitmap(BitmapHandle* bitmap, int degrees, unsigned flags, COLORREF fill) {

@@ -19,7 +19,7 @@ LONG nearestLong(int64_t value) {
 bool isValid(const RegionXForm& xform) {
   const int perspective = xform.ViewPerspective;
   return xform.XScaleDenominator != 0 && xform.YScaleDenominator != 0 &&
-         (perspective == 0 || perspective == VIEW_BOTTOM_UP || isRotated(perspective));
+         (perspective == 0 || isFlipped(perspective) || isRotated(perspective));
 }
 
 int DisplayTransform::open(const BitmapHandle& bitmap, const RegionXForm* xform) {

@@ -9,6 +9,7 @@
 #include <map>
 #include <vector>
 
+#include "core/owners.h"
 #include "support/import_patch.h"
 #include "support/test_bitmap.h"
 
@@ -96,23 +97,11 @@ class FakeDevice {
 // A palette selected into a device context and deleted at the end; null changes nothing.
 class SelectedPalette {
  public:
-  SelectedPalette(HDC dc, HPALETTE palette) : dc_(dc), palette_(palette) {
-    if (palette == nullptr) return;
-    displaced_ = SelectPalette(dc, palette, FALSE);
-    RealizePalette(dc);
-  }
-  SelectedPalette(const SelectedPalette&) = delete;
-  SelectedPalette& operator=(const SelectedPalette&) = delete;
-  ~SelectedPalette() {
-    if (palette_ == nullptr) return;
-    SelectPalette(dc_, displaced_, FALSE);
-    DeleteObject(palette_);
-  }
+  SelectedPalette(HDC dc, HPALETTE palette) : palette_(palette), selection_(dc, palette) {}
 
  private:
-  HDC dc_;
-  HPALETTE palette_;
-  HPALETTE displaced_ = nullptr;
+  zavo::PaletteObject palette_;
+  zavo::PaletteSelection selection_;
 };
 
 // The thread's painting settings, put back to the defaults at the end.
